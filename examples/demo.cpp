@@ -1,0 +1,66 @@
+// A small host of the Nox library: it shows, one section at a time, what the library
+// offers a constraint solver, printing each result.
+#include <Nox.h>
+
+#include <cstdio>
+
+namespace {
+
+void PrintReal(const char *label, const NoxRealInterval &r) {
+    if (NoxIsEmpty(r, NoxAbsPrecision))
+        std::printf("  %-44s nil\n", label);
+    else if (NoxIsInfinite(r))
+        std::printf("  %-44s any\n", label);
+    else
+        std::printf("  %-44s [%.17g, %.17g]\n", label, r.lower, r.upper);
+}
+
+void PrintInteger(const char *label, const NoxIntegerInterval &r) {
+    if (NoxIsEmpty(r))
+        std::printf("  %-44s nil\n", label);
+    else
+        std::printf("  %-44s [%d, %d]\n", label, r.lower, r.upper);
+}
+
+void ShowEnvironment() {
+    NoxEnvironment env;
+    double lo, hi;
+    env.GetTrigonometricLimits(lo, hi);
+    std::printf("Environment of a model\n");
+    std::printf("  tolerance %g, trigonometric limits [%g, %g], max enumeration size %d\n",
+                env.GetTolerance(), lo, hi, env.GetMaxEnumSize());
+    env.SetError(NoxErrorEmptyResult);
+    env.SetError(NoxErrorBadOperandType);
+    std::printf("  error code after reporting both bits: %d\n", env.GetError());
+    env.ClearError();
+    std::printf("  error code after ClearError: %d\n\n", env.GetError());
+}
+
+void ShowIntervals() {
+    const double tol = 1e-14;
+    std::printf("Intervals clamp to fixed limits instead of infinities\n");
+    std::printf("  NoxMaxReal = %.17g, NoxMaxInteger = %d\n", NoxMaxReal, NoxMaxInteger);
+    PrintReal("NoxCreateRealInterval(-1e40, 1e40)", NoxCreateRealInterval(-1e40, 1e40));
+    PrintReal("NoxCreateRealInterval(5, 4)", NoxCreateRealInterval(5, 4));
+    PrintInteger("integers inside [0.5, 2.5]",
+                 NoxCreateIntegerInterval(NoxCreateRealInterval(0.5, 2.5)));
+    PrintInteger("integers inside [1.999999999999999, 3.0000000000000004]",
+                 NoxCreateIntegerInterval(NoxCreateRealInterval(1.999999999999999, 3.0000000000000004)));
+    PrintReal("[0, 1] meet [1.000000000000005, 2]",
+              NoxIntersect(NoxCreateRealInterval(0, 1), NoxCreateRealInterval(1.000000000000005, 2), tol));
+    PrintReal("[0, 1] meet [1.1, 2]",
+              NoxIntersect(NoxCreateRealInterval(0, 1), NoxCreateRealInterval(1.1, 2), tol));
+    PrintReal("hull of nil and [1, 2]", NoxUnite(NoxReal_Nil, NoxCreateRealInterval(1, 2), tol));
+    std::printf("  %-44s %d\n", "width of the whole integer line (saturated)",
+                NoxWidth(NoxInteger_Any));
+    std::printf("\n");
+}
+
+} // namespace
+
+int main() {
+    std::printf("Nox demo\n\n");
+    ShowEnvironment();
+    ShowIntervals();
+    return 0;
+}

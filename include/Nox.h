@@ -1,0 +1,11 @@
+// Umbrella header of the Nox library: every public declaration.
+#ifndef NOX_H
+#define NOX_H
+
+#include "NoxAssert.h"
+#include "NoxEnvironment.h"
+#include "NoxExport.h"
+#include "NoxInterval.h"
+#include "NoxTypes.h"
+
+#endif

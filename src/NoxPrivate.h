@@ -1,0 +1,68 @@
+// Helpers shared by the library's sources; never installed.
+#ifndef NOX_PRIVATE_H
+#define NOX_PRIVATE_H
+
+#include "NoxInterval.h"
+
+#include <climits>
+#include <cmath>
+#include <cstdint>
+
+// The constants of the trigonometric code, correctly rounded to double; 2*pi and pi/2
+// are exact scalings of NoxPi.
+constexpr double NoxPi = 3.141592653589793;
+constexpr double NoxTwoPi = 6.283185307179586;
+constexpr double NoxHalfPi = 1.5707963267948966;
+constexpr double NoxInvPi = 0.3183098861837907;
+constexpr double NoxInvTwoPi = 0.15915494309189535;
+
+/// Turns an absolute tolerance into a relative one for large magnitudes: |x| * tol when
+/// |x| > 1, else tol.
+inline double NoxScaledTolerance(double x, double tol) {
+    return std::fabs(x) > 1 ? std::fabs(x) * tol : tol;
+}
+
+/// Narrows a 64-bit integer to int the way a two's complement machine does (wraps).
+inline int NoxWrapToInt(std::int64_t v) {
+    return static_cast<int>(static_cast<std::uint32_t>(static_cast<std::uint64_t>(v)));
+}
+
+/// a + b clamped to +-NoxMaxInteger, computed in 64 bits so that no operand (INT_MIN,
+/// the negation of INT_MIN, a host-changed NoxMaxInteger) can overflow. `overflow` is
+/// set to 1 when the sum was clamped, else to 0.
+inline int NoxSaturatingAdd64(std::int64_t a, std::int64_t b, unsigned char &overflow) {
+    const std::int64_t maxInt = NoxMaxInteger;
+    if (b > 0 && a > maxInt - b) {
+        overflow = 1;
+        return NoxMaxInteger;
+    }
+    if (b <= 0 && a < -(maxInt + b)) {
+        overflow = 1;
+        return NoxWrapToInt(-maxInt);
+    }
+    overflow = 0;
+    return NoxWrapToInt(a + b);
+}
+
+/// a + b clamped to +-NoxMaxInteger; `overflow` tells whether it was clamped.
+inline int NoxSaturatingAdd(int a, int b, unsigned char &overflow) {
+    return NoxSaturatingAdd64(a, b, overflow);
+}
+
+/// Truncation of a double toward zero, as the library's arithmetic casts it. A value
+/// outside the int range, or NaN, gives INT_MIN: what x86-64's truncating conversion
+/// yields, obtained here without undefined behaviour.
+inline int NoxTruncToInt(double x) {
+    if (x > -2147483649.0 && x < 2147483648.0)
+        return static_cast<int>(x);
+    return INT_MIN;
+}
+
+/// The single-value markers: a real above NoxMaxReal stands for any value, a real below
+/// -NoxMaxReal for none; the integer markers are NoxSingleInteger_Any and _Nil.
+inline bool NoxIsSingleRealAny(double x) { return x > NoxMaxReal; }
+inline bool NoxIsSingleRealNil(double x) { return x < -NoxMaxReal; }
+inline bool NoxIsSingleIntegerAny(int i) { return i == NoxSingleInteger_Any; }
+inline bool NoxIsSingleIntegerNil(int i) { return i == NoxSingleInteger_Nil; }
+
+#endif
