@@ -6,6 +6,7 @@
 #include "NoxEnvironment.h"
 #include "NoxExport.h"
 #include "NoxInterval.h"
+#include "NoxIntervalFunctions.h"
 #include "NoxTypes.h"
 
 #endif
