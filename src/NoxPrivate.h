@@ -3,6 +3,7 @@
 #define NOX_PRIVATE_H
 
 #include "NoxInterval.h"
+#include "NoxTypes.h"
 
 #include <climits>
 #include <cmath>
@@ -64,5 +65,33 @@ inline bool NoxIsSingleRealAny(double x) { return x > NoxMaxReal; }
 inline bool NoxIsSingleRealNil(double x) { return x < -NoxMaxReal; }
 inline bool NoxIsSingleIntegerAny(int i) { return i == NoxSingleInteger_Any; }
 inline bool NoxIsSingleIntegerNil(int i) { return i == NoxSingleInteger_Nil; }
+
+/// Kind of the combination of a first operand of kind `a` and a second of kind `b`, for
+/// the binary value arithmetic, comparisons and set operations: real beats integer,
+/// interval beats single, enumeration beats interval, a boolean combines only with the
+/// integer kinds (as an integer interval), anything undefined gives no kind (0). Codes
+/// outside the listed kinds give no kind as well.
+inline NoxValueType NoxResultKind(NoxValueType a, NoxValueType b) {
+    static const NoxValueType table[8][8] = {
+        {NoxUndefinedType, NoxUndefinedType, NoxUndefinedType, NoxUndefinedType,
+         NoxUndefinedType, NoxUndefinedType, NoxUndefinedType, NoxUndefinedType},
+        {NoxUndefinedType, NoxIntegerType, NoxRealType, NoxIntegerIntervalType,
+         NoxRealIntervalType, NoxIntegerEnumType, NoxRealEnumType, NoxIntegerIntervalType},
+        {NoxUndefinedType, NoxRealType, NoxRealType, NoxRealIntervalType, NoxRealIntervalType,
+         NoxRealEnumType, NoxRealEnumType, NoxUndefinedType},
+        {NoxUndefinedType, NoxIntegerIntervalType, NoxRealIntervalType, NoxIntegerIntervalType,
+         NoxRealIntervalType, NoxIntegerEnumType, NoxRealEnumType, NoxIntegerIntervalType},
+        {NoxUndefinedType, NoxRealIntervalType, NoxRealIntervalType, NoxRealIntervalType,
+         NoxRealIntervalType, NoxRealEnumType, NoxRealEnumType, NoxUndefinedType},
+        {NoxUndefinedType, NoxIntegerEnumType, NoxRealEnumType, NoxIntegerEnumType,
+         NoxRealEnumType, NoxIntegerEnumType, NoxRealEnumType, NoxIntegerIntervalType},
+        {NoxUndefinedType, NoxRealEnumType, NoxRealEnumType, NoxRealEnumType, NoxRealEnumType,
+         NoxRealEnumType, NoxRealEnumType, NoxUndefinedType},
+        {NoxUndefinedType, NoxIntegerIntervalType, NoxUndefinedType, NoxIntegerIntervalType,
+         NoxUndefinedType, NoxIntegerIntervalType, NoxUndefinedType, NoxBooleanType}};
+    if (a < 0 || a > 7 || b < 0 || b > 7)
+        return NoxUndefinedType;
+    return table[a][b];
+}
 
 #endif

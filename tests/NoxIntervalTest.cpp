@@ -555,3 +555,19 @@ TEST(IntervalHelpers, PiConstantsAreTheCorrectlyRoundedValues) {
     EXPECT_NEAR(NoxInvPi * pi, 1.0, 2e-16);
     EXPECT_NEAR(NoxInvTwoPi * 2 * pi, 1.0, 2e-16);
 }
+
+TEST(IntervalHelpers, ResultKindTableIsSymmetricAndHasItsListedRows) {
+    const int expected[8][8] = {{0, 0, 0, 0, 0, 0, 0, 0}, {0, 1, 2, 3, 4, 5, 6, 3},
+                                {0, 2, 2, 4, 4, 6, 6, 0}, {0, 3, 4, 3, 4, 5, 6, 3},
+                                {0, 4, 4, 4, 4, 6, 6, 0}, {0, 5, 6, 5, 6, 5, 6, 3},
+                                {0, 6, 6, 6, 6, 6, 6, 0}, {0, 3, 0, 3, 0, 3, 0, 7}};
+    for (int a = 0; a < 8; ++a)
+        for (int b = 0; b < 8; ++b) {
+            const NoxValueType ka = static_cast<NoxValueType>(a);
+            const NoxValueType kb = static_cast<NoxValueType>(b);
+            EXPECT_EQ(NoxResultKind(ka, kb), expected[a][b]) << a << ", " << b;
+            EXPECT_EQ(NoxResultKind(ka, kb), NoxResultKind(kb, ka));
+        }
+    EXPECT_EQ(NoxResultKind(static_cast<NoxValueType>(8), NoxIntegerType), NoxUndefinedType);
+    EXPECT_EQ(NoxResultKind(NoxIntegerType, static_cast<NoxValueType>(-1)), NoxUndefinedType);
+}
