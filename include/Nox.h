@@ -3,6 +3,7 @@
 #define NOX_H
 
 #include "NoxAssert.h"
+#include "NoxEnum.h"
 #include "NoxEnvironment.h"
 #include "NoxExport.h"
 #include "NoxInterval.h"
