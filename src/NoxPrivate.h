@@ -2,9 +2,11 @@
 #ifndef NOX_PRIVATE_H
 #define NOX_PRIVATE_H
 
+#include "NoxEnvironment.h"
 #include "NoxInterval.h"
 #include "NoxTypes.h"
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
 #include <cstdint>
@@ -93,5 +95,59 @@ inline NoxValueType NoxResultKind(NoxValueType a, NoxValueType b) {
         return NoxUndefinedType;
     return table[a][b];
 }
+
+// ---- Domains of the powers, roots and elementary functions ----
+
+/// Cuts `a` to `domain`: [max(a.lower, domain.lower), min(a.upper, domain.upper)]. When
+/// nothing is left, sets NoxErrorEmptyResult and returns NoxReal_Nil. The callers then
+/// give up whenever the error code is non-zero, a bit set before the call included.
+inline NoxRealInterval NoxRestrictToDomain(const NoxEnvironment &env, const NoxRealInterval &a,
+                                           const NoxRealInterval &domain) {
+    const double lo = std::max(a.lower, domain.lower);
+    const double hi = std::min(a.upper, domain.upper);
+    if (lo > hi) {
+        env.SetError(NoxErrorEmptyResult);
+        return NoxReal_Nil;
+    }
+    return {lo, hi};
+}
+
+/// Cuts `a` to `domain` less the open `hole` (hole.lower, hole.upper): a bound inside the
+/// hole moves to its edge, so an operand wholly inside the hole is empty. Empty results
+/// set NoxErrorEmptyResult and give NoxReal_Nil.
+inline NoxRealInterval NoxRestrictToDomain(const NoxEnvironment &env, const NoxRealInterval &a,
+                                           const NoxRealInterval &domain,
+                                           const NoxRealInterval &hole) {
+    double lo = std::max(a.lower, domain.lower);
+    double hi = std::min(a.upper, domain.upper);
+    if (lo > hi) {
+        env.SetError(NoxErrorEmptyResult);
+        return NoxReal_Nil;
+    }
+    if (hole.lower < lo && lo < hole.upper)
+        lo = hole.upper;
+    if (hole.lower < hi && hi < hole.upper)
+        hi = hole.lower;
+    if (lo > hi) {
+        env.SetError(NoxErrorEmptyResult);
+        return NoxReal_Nil;
+    }
+    return {lo, hi};
+}
+
+// ---- Scalar inverse hyperbolic functions, shared by the interval functions and the
+// expression operators: the library's own formulas, not the C library's ----
+
+/// s * ln(|x| + sqrt(x*x + 1)), s the sign of x (1, -1, or 0 for x = 0).
+inline double NoxRealAsinh(double x) {
+    const double s = x > 0 ? 1.0 : (x < 0 ? -1.0 : 0.0);
+    return s * std::log(std::fabs(x) + std::sqrt(x * x + 1));
+}
+
+/// ln(x + sqrt(x*x - 1)).
+inline double NoxRealAcosh(double x) { return std::log(x + std::sqrt(x * x - 1)); }
+
+/// 0.5 * (ln(1 + x) - ln(1 - x)).
+inline double NoxRealAtanh(double x) { return 0.5 * (std::log(1 + x) - std::log(1 - x)); }
 
 #endif
