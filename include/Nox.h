@@ -13,5 +13,6 @@
 #include "NoxIntervalFunctions.h"
 #include "NoxOperators.h"
 #include "NoxTypes.h"
+#include "NoxValue.h"
 
 #endif
