@@ -28,7 +28,8 @@ public:
     bool Reserve(int n) {
         if (n <= capacity)
             return true;
-        const int grown = capacity > INT_MAX / 2 ? INT_MAX : 2 * capacity;
+        // Doubling, from room for a few entries: lists are short as a rule.
+        const int grown = capacity > INT_MAX / 2 ? INT_MAX : std::max(2 * capacity, 4);
         const int newCapacity = std::max(n, grown);
         T *newData = new (std::nothrow) T[static_cast<std::size_t>(newCapacity)];
         if (!newData)
