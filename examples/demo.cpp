@@ -56,11 +56,50 @@ void ShowIntervals() {
     std::printf("\n");
 }
 
+void ShowValues() {
+    NoxEnvironment env;
+    std::printf("Values hold one of seven kinds and convert between them\n");
+    std::printf("  %-44s %d\n", "the real 2.999999999999995 as an integer",
+                NoxValue(2.999999999999995).GetAsInteger());
+    std::printf("  %-44s %d\n", "the real 2.6 as an integer", NoxValue(2.6).GetAsInteger());
+    PrintInteger("the real interval [0.5, 3.5] as integers",
+                 NoxValue(NoxCreateRealInterval(0.5, 3.5)).GetAsIntegerInterval());
+    std::printf("  %-44s %s\n", "[1.2, 3.4] as one integer",
+                NoxValue(NoxCreateRealInterval(1.2, 3.4)).GetAsInteger() == NoxSingleInteger_Any
+                    ? "any"
+                    : "not any");
+    PrintReal("the integer interval [-3, 5] as reals",
+              NoxValue(NoxCreateIntegerInterval(-3, 5)).GetAsRealInterval());
+    static const char *const truth[] = {"false", "true", "any", "nil"};
+    std::printf("  %-44s %s\n", "the integer interval [-3, 5] as a boolean",
+                truth[NoxValue(NoxCreateIntegerInterval(-3, 5)).GetAsBoolean()]);
+    std::printf("  %-44s %s\n", "the integer interval [2, 5] as a boolean",
+                truth[NoxValue(NoxCreateIntegerInterval(2, 5)).GetAsBoolean()]);
+    const double reals[] = {1.0, 1.0000000000000002, 2.4, 2.6};
+    NoxValue list;
+    list.Set(4, reals);
+    NoxIntegerEnum integers(NoxEnumNil);
+    list.GetAsIntegerEnum(integers);
+    std::printf("  %-44s", "the reals {1, 1.0000000000000002, 2.4, 2.6}");
+    for (int i = 0; i < integers.GetSize(); ++i)
+        std::printf(" %d", integers.Get(i));
+    std::printf("\n");
+    NoxValue enumeration(NoxIntegerEnumType);
+    enumeration.Assign(env, NoxValue(NoxCreateIntegerInterval(1, 5)));
+    std::printf("  %-44s", "[1, 5] assigned to an integer enumeration");
+    for (int i = 0; i < enumeration.GetIntegerEnum().GetSize(); ++i)
+        std::printf(" %d", enumeration.GetIntegerEnum().Get(i));
+    std::printf("\n");
+    std::printf("  %-44s %.17g\n", "middle of the enumeration", enumeration.GetMiddle());
+    std::printf("\n");
+}
+
 } // namespace
 
 int main() {
     std::printf("Nox demo\n\n");
     ShowEnvironment();
     ShowIntervals();
+    ShowValues();
     return 0;
 }
