@@ -1253,13 +1253,15 @@ TEST(EnumAllocation, InsertIntoNilWithoutMemoryLeavesTheRecordAsItWas) {
 }
 
 TEST(EnumAllocation, InsertIntoFullListWithoutMemoryLeavesItAsItWas) {
-    NoxIntegerEnum e = IntList({1});
+    NoxIntegerEnum e = IntList({1, 3, 5, 7, 9}); // sized exactly: no room to spare
     {
         AllocationLimit none(0);
         e.Insert(2);
         e.Insert(0);
+        e.Insert(10);
+        e.Append(11);
     }
-    EXPECT_EQ(Entries(e), (Ints{1}));
+    EXPECT_EQ(Entries(e), (Ints{1, 3, 5, 7, 9}));
     EXPECT_EQ(e.GetRep(), NoxEnumList);
 }
 
