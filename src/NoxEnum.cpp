@@ -211,16 +211,16 @@ template <typename T> void SetEntry(NoxEnumArray<T> *&values, int i, T v) {
 }
 
 // Removes count entries from pos, the count cut at the end of the array. Returns
-// whether the record has an array that is now empty.
+// whether entries were removed and none is left.
 template <typename T> bool RemoveRunFrom(NoxEnumArray<T> *values, int pos, int count) {
-    if (!values)
+    if (!values || pos < 0 || count < 1)
         return false;
     const std::int64_t size = values->Size();
-    if (pos >= 0 && count > 0 && std::int64_t{pos} + 1 <= size) {
-        if (std::int64_t{pos} + count >= size)
-            count = static_cast<int>(size - pos);
-        values->RemoveRun(pos, count);
-    }
+    if (std::int64_t{pos} + 1 > size)
+        return false;
+    if (std::int64_t{pos} + count >= size)
+        count = static_cast<int>(size - pos);
+    values->RemoveRun(pos, count);
     return values->Size() == 0;
 }
 

@@ -889,10 +889,21 @@ TEST(IntegerEnum, RemovePositionOutsideTheArrayDoesNothing) {
     EXPECT_TRUE(bare.IsAny());
 }
 
-TEST(IntegerEnum, RemovePositionLeavingAnEmptyArrayMakesNilWhateverTheState) {
+TEST(IntegerEnum, RemovePositionLeavingAnEmptyArrayMakesNilFromAnyState) {
     NoxIntegerEnum e = IntRange(1, 5);
     e.RemovePosition(0, 2);
     EXPECT_TRUE(e.IsNil());
+}
+
+TEST(IntegerEnum, RemovePositionThatRemovesNothingKeepsTheState) {
+    NoxIntegerEnum e = IntList({1});
+    e.SetAny(); // an empty array remains
+    e.RemovePosition(0, 1);
+    EXPECT_TRUE(e.IsAny());
+    NoxIntegerEnum list = IntList({1});
+    list.RemovePosition(0, 0);
+    EXPECT_EQ(list.GetRep(), NoxEnumList);
+    EXPECT_EQ(Entries(list), (Ints{1}));
 }
 
 TEST(RealEnum, RemovePositionLeavesTheStateAlone) {
