@@ -86,11 +86,19 @@ NoxExpression *NoxFactory::Register(NoxExpression *node) { return AddExpression(
 
 // ---- Leaves ----
 
+// The variable is listed first, so that a variable array that cannot grow leaves
+// everything unchanged; a node that cannot be allocated or registered leaves a null
+// entry, and its index stays taken.
 NoxVariable *NoxFactory::CreateVariable() {
-    NoxExpression *node = Register(new (std::nothrow) NoxVariable(this, variableCount));
-    NoxVariable *variable = static_cast<NoxVariable *>(node);
-    NoxAppend(variables, variableCount, variableCapacity, variable);
-    return variable;
+    NoxVariable *variable = new (std::nothrow) NoxVariable(this, variableCount);
+    if (!NoxAppend(variables, variableCount, variableCapacity, variable)) {
+        delete variable;
+        return nullptr;
+    }
+    NoxExpression *node = variable;
+    if (!AddExpression(node))
+        variables[variableCount - 1] = nullptr;
+    return static_cast<NoxVariable *>(node);
 }
 
 NoxExpression *NoxFactory::CreateConstant(const NoxValue &v) {
