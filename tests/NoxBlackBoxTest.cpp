@@ -254,6 +254,7 @@ TEST_F(BlackBoxTest, Hessian_ReusesTheGradientCachedAtThePerturbedPoint) {
     EXPECT_EQ(h[0][1], (yMoved[0] - xMoved[0]) / kStep);
     EXPECT_EQ(h[1][0], (xMoved[1] - yMoved[1]) / kStep);
     EXPECT_EQ(h[1][1], (yMoved[1] - xMoved[1]) / kStep);
+    EXPECT_EQ(node->EvalSecondDeriv(x, y), (yMoved[0] - xMoved[0]) / kStep);
     // The gradient cache is left as computed at the last perturbed point.
     EXPECT_EQ(node->GetGradient()[1], yMoved[1]);
     EXPECT_EQ(x->GetExprValue().GetRealValue(), x0);

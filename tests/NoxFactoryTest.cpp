@@ -3,7 +3,8 @@
 //
 // This test program replaces the global allocation functions with counting ones (on top
 // of malloc and free), so that it can count live allocations and make the library's
-// nothrow allocations fail on demand.
+// nothrow allocations fail on demand. Under valgrind, run it with
+// --soname-synonyms=somalloc=nouserintercepts so that these replacements stay in force.
 #include <NoxFactory.h>
 
 #include "NoxExpressionTestSupport.h"
