@@ -169,6 +169,10 @@ NoxRealInterval PositiveMod(const NoxEnvironment &env, const NoxRealInterval &x,
     const NoxIntegerInterval q = QuotientRange(x, divisor);
     if (NoxIsEmpty(q) || static_cast<double>(q.upper) - static_cast<double>(q.lower) >= r0.upper)
         return r0;
+    // Quotients are never negative; a negative first quotient comes only from a NaN bound
+    // (truncated to INT_MIN) and would make the loop run some 2^32 rounds.
+    if (q.lower < 0)
+        return r0;
     NoxRealInterval acc = NoxReal_Nil;
     for (std::int64_t k = q.lower; k <= q.upper; ++k) {
         const NoxRealInterval d = DivisorsOfQuotient(x, divisor, k);
