@@ -97,10 +97,12 @@ NOX_API NoxIntegerInterval NoxMod(const NoxEnvironment &env, const NoxIntegerInt
 /// x raised to n by repeated squaring (x^0 is 1); for negative n, 1 divided by x^|n|.
 NOX_API double NoxRealPower(double x, int n);
 /// Enclosure of x^n for x in a, normalised. A power that can underflow for some point of
-/// a adds [0, 0] to the result. Clears the whole error code (bits set before the call
+/// a adds [0, 0] to the result. A bit already set on entry makes the power itself nil, so
+/// only that zero can remain. Clears the whole error code (bits set before the call
 /// included); then sets NoxErrorEmptyResult and returns NoxReal_Nil if the result is
 /// empty. Negative n over an interval holding 0 gives NoxReal_Any for odd n and
-/// [max(a.upper, -a.lower)^n, NoxMaxReal] for even n.
+/// [max(a.upper, -a.lower)^n, NoxMaxReal] for even n (nil if that power exceeds
+/// NoxMaxReal).
 NOX_API NoxRealInterval NoxPow(const NoxEnvironment &env, const NoxRealInterval &a, int n);
 /// Enclosure of the non-negative n-th roots x^(1/n) of the points of a, normalised;
 /// NoxReal_Any for n = 0 (a within [0, 1]). NoxReal_Nil without an error when a lies
