@@ -8,9 +8,14 @@
 #include <climits>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
+#include <fstream>
+#include <iostream>
 #include <limits>
 #include <random>
+#include <sstream>
+#include <string>
 #include <vector>
 
 namespace {
@@ -921,4 +926,117 @@ TEST(ArithmeticProperty, OddIntegerBoundsNeverCrash) {
                 (void)NoxMod(env, z, x);
             }
     SUCCEED();
+}
+
+// ---- Public interval test vectors (IEEE 1788, ITL format) ----
+//
+// The vectors give the tightest outward-rounded enclosures, with infinities and empty
+// sets. Kept: the undecorated add, sub, mul and div cases whose operands and results are
+// finite and within +-NoxMaxReal; compared within two ulps (the library rounds each bound
+// to nearest, the vectors outward). Skipped, and why:
+// - decorated test cases (`_dec`): the library has no decorations;
+// - [empty] and [entire] operands or results, and infinite bounds: there are no
+//   infinities, and an empty operand is an inverted pair here;
+// - bounds beyond NoxMaxReal in operands or results: the library clamps them;
+// - quotients by a divisor holding 0: the library gives the whole line, the vectors the
+//   hull of the two branches (or nothing, for [0, 0]).
+
+namespace {
+
+std::string ArithmeticItlPath() {
+    std::string here = __FILE__;
+    const std::size_t slash = here.find_last_of('/');
+    here = slash == std::string::npos ? std::string(".") : here.substr(0, slash);
+    return here + "/../../shared/itl/libieeep1788_tests_elem.itl";
+}
+
+// "[lo,hi]" of finite bounds within +-NoxMaxReal; false for anything else.
+bool ParseFiniteInterval(const std::string &text, NoxRealInterval &r) {
+    if (text.size() < 5 || text.front() != '[' || text.back() != ']')
+        return false;
+    const std::size_t comma = text.find(',');
+    if (comma == std::string::npos)
+        return false;
+    const std::string lo = text.substr(1, comma - 1), hi = text.substr(comma + 1, text.size() - comma - 2);
+    char *end = nullptr;
+    r.lower = std::strtod(lo.c_str(), &end);
+    if (end == lo.c_str() || *end != '\0')
+        return false;
+    r.upper = std::strtod(hi.c_str(), &end);
+    if (end == hi.c_str() || *end != '\0')
+        return false;
+    const double m = NoxMaxReal;
+    return std::isfinite(r.lower) && std::isfinite(r.upper) && std::fabs(r.lower) <= m &&
+           std::fabs(r.upper) <= m;
+}
+
+// The first three "[...]" groups of a line, blanks removed.
+void BracketGroups(const std::string &line, std::string &x, std::string &y, std::string &z) {
+    std::string *groups[] = {&x, &y, &z};
+    std::size_t at = 0;
+    for (std::string *g : groups) {
+        const std::size_t open = line.find('[', at);
+        const std::size_t close = line.find(']', open == std::string::npos ? at : open);
+        if (open == std::string::npos || close == std::string::npos)
+            return;
+        for (std::size_t i = open; i <= close; ++i)
+            if (line[i] != ' ')
+                g->push_back(line[i]);
+        at = close + 1;
+    }
+}
+
+bool WithinTwoUlps(double ours, double theirs) {
+    const double lo = std::nextafter(std::nextafter(theirs, -kInf), -kInf);
+    const double hi = std::nextafter(std::nextafter(theirs, kInf), kInf);
+    return lo <= ours && ours <= hi;
+}
+
+} // namespace
+
+TEST(ArithmeticVectors, AgreeWithThePublicVectorsWhereTheSemanticsMeet) {
+    std::ifstream in(ArithmeticItlPath());
+    if (!in)
+        GTEST_SKIP() << "no vectors at " << ArithmeticItlPath();
+    const struct {
+        const char *testcase;
+        const char *op;
+        RealOp f;
+    } ops[] = {{"minimal_add_test", "add", NoxSum},
+               {"minimal_sub_test", "sub", NoxSub},
+               {"minimal_mul_test", "mul", NoxMul},
+               {"minimal_div_test", "div", NoxDiv}};
+    std::string line, current;
+    int compared = 0;
+    while (std::getline(in, line)) {
+        std::istringstream words(line);
+        std::string first;
+        words >> first;
+        if (first == "testcase") {
+            words >> current;
+            continue;
+        }
+        for (const auto &op : ops) {
+            if (current != op.testcase || first != op.op)
+                continue;
+            // "op [a,b] [c,d] = [e,f];", blanks allowed inside the brackets.
+            std::string x, y, z;
+            BracketGroups(line, x, y, z);
+            NoxRealInterval a, b, expected;
+            if (!ParseFiniteInterval(x, a) || !ParseFiniteInterval(y, b) ||
+                !ParseFiniteInterval(z, expected))
+                continue;
+            if (op.f == static_cast<RealOp>(NoxDiv) && b.lower <= 0 && b.upper >= 0)
+                continue;
+            NoxEnvironment env;
+            const NoxRealInterval r = op.f(env, a, b);
+            EXPECT_EQ(env.GetError(), 0) << line;
+            EXPECT_TRUE(WithinTwoUlps(r.lower, expected.lower) &&
+                        WithinTwoUlps(r.upper, expected.upper))
+                << line << " gives [" << r.lower << ", " << r.upper << "]";
+            ++compared;
+        }
+    }
+    EXPECT_GE(compared, 50); // the parser still finds the cases it should
+    std::cout << "[ vectors  ] " << compared << " arithmetic cases compared\n";
 }
