@@ -14,5 +14,6 @@
 #include "NoxOperators.h"
 #include "NoxTypes.h"
 #include "NoxValue.h"
+#include "NoxValueFunctions.h"
 
 #endif
