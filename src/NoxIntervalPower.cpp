@@ -35,20 +35,57 @@ bool IsOdd(int n) { return n % 2 != 0; }
 // ---- Domain restriction and underflow test of the power x^n ----
 
 // t = NoxMaxReal^(1/n) for n > 0 and NoxMinReal^(1/n) for n < 0 bounds the domain
-// [-t, t]; the hole (-1/t, 1/t) is where the power leaves the representable magnitudes
-// from the other side.
-NoxRealInterval RestrictPower(const NoxEnvironment &env, const NoxRealInterval &a, int n) {
+// [-t, t]; u = NoxMinReal^(1/n) bounds the underflow test.
+struct PowerBounds {
+    double t;
+    double u;
+};
+
+PowerBounds ComputePowerBounds(int n) {
+    const double u = std::pow(NoxMinReal, 1.0 / n);
+    return {n > 0 ? std::pow(NoxMaxReal, 1.0 / n) : u, u};
+}
+
+// pow dominates the cost of a power, so the bounds of the common exponents are computed
+// once, with the limits of that moment, and served while the limits stay the same; a
+// host that changes a limit gets them computed afresh. The values are those of
+// ComputePowerBounds either way.
+constexpr int kTabledExponent = 64;
+
+struct PowerBoundsTable {
+    double maxReal;
+    double minReal;
+    PowerBounds bounds[2 * kTabledExponent + 1];
+
+    PowerBoundsTable() : maxReal(NoxMaxReal), minReal(NoxMinReal), bounds() {
+        for (int n = -kTabledExponent; n <= kTabledExponent; ++n)
+            if (n != 0)
+                bounds[n + kTabledExponent] = ComputePowerBounds(n);
+    }
+};
+
+PowerBounds PowerBoundsOf(int n) {
+    static const PowerBoundsTable table;
+    if (n >= -kTabledExponent && n <= kTabledExponent && table.maxReal == NoxMaxReal &&
+        table.minReal == NoxMinReal)
+        return table.bounds[n + kTabledExponent];
+    return ComputePowerBounds(n);
+}
+
+// The domain [-t, t] less the hole (-1/t, 1/t), where the power leaves the representable
+// magnitudes from the other side.
+NoxRealInterval RestrictPower(const NoxEnvironment &env, const NoxRealInterval &a, int n,
+                              const PowerBounds &b) {
     if (n == 0)
         return NoxRestrictToDomain(env, a, NoxReal_Any);
-    const double t = n > 0 ? std::pow(NoxMaxReal, 1.0 / n) : std::pow(NoxMinReal, 1.0 / n);
-    return NoxRestrictToDomain(env, a, Normalise(-t, t), Normalise(-1 / t, 1 / t));
+    return NoxRestrictToDomain(env, a, Normalise(-b.t, b.t), Normalise(-1 / b.t, 1 / b.t));
 }
 
 // [0, 0] when x^n falls below NoxMinReal in magnitude for some x of a, else nil.
-NoxRealInterval UnderflowToZero(const NoxRealInterval &a, int n) {
+NoxRealInterval UnderflowToZero(const NoxRealInterval &a, int n, const PowerBounds &b) {
     if (n == 0)
         return NoxReal_Nil;
-    const double u = std::pow(NoxMinReal, 1.0 / n);
+    const double u = b.u;
     const bool underflows = n > 0 ? a.upper >= -u && a.lower <= u : a.lower <= -u || a.upper >= u;
     return underflows ? NoxRealInterval{0, 0} : NoxReal_Nil;
 }
@@ -165,9 +202,10 @@ double NoxRealPower(double x, int n) {
 }
 
 NoxRealInterval NoxPow(const NoxEnvironment &env, const NoxRealInterval &a, int n) {
-    const NoxRealInterval A = RestrictPower(env, a, n);
+    const PowerBounds bounds = n != 0 ? PowerBoundsOf(n) : PowerBounds{0, 0};
+    const NoxRealInterval A = RestrictPower(env, a, n, bounds);
     const NoxRealInterval core = env.GetError() != 0 ? NoxReal_Nil : PowerCore(a, A, n);
-    const NoxRealInterval R = NoxUnite(core, UnderflowToZero(a, n), NoxAbsPrecision);
+    const NoxRealInterval R = NoxUnite(core, UnderflowToZero(a, n, bounds), NoxAbsPrecision);
     // The bit of an operand outside the domain, and any bit set before the call, go: the
     // result alone says whether the power is empty.
     env.ClearError();

@@ -85,6 +85,25 @@ TEST(PowerDomain, PositiveExponentCutsTheOperandToPlusMinusT) {
     EXPECT_EQ(env.GetError(), 0);
 }
 
+TEST(PowerDomain, BoundsFollowTheExponentAndTheLimitsOfTheMoment) {
+    NoxEnvironment env;
+    for (int n : {3, 63, 65, 101, 1001}) {
+        const double t = PowerDomainBound(n);
+        ExpectReal(NoxPow(env, R(-1e300, 1e300), n),
+                   Norm(-NoxRealPower(t, n), NoxRealPower(t, n)));
+    }
+    // A host that narrows the limits gets bounds computed from the new limits.
+    const double savedMax = NoxMaxReal, savedMin = NoxMinReal;
+    NoxMaxReal = 1e30;
+    NoxMinReal = 1e-30;
+    const double t = PowerDomainBound(3);
+    const NoxRealInterval r = NoxPow(env, R(-1e20, 1e20), 3);
+    NoxMaxReal = savedMax;
+    NoxMinReal = savedMin;
+    ExpectReal(r, NoxRealInterval{-NoxRealPower(t, 3), NoxRealPower(t, 3)});
+    EXPECT_EQ(env.GetError(), 0);
+}
+
 TEST(PowerDomain, OperandBeyondTheDomainIsNilWithError) {
     NoxEnvironment env;
     ExpectNil(NoxPow(env, R(1e20, 1e21), 2));
