@@ -47,8 +47,8 @@ public:
         n = std::max(n, 0);
         if (n > capacity && !Reserve(n))
             return false;
-        for (int i = size; i < n; ++i)
-            data[i] = T(0);
+        if (n > size)
+            std::fill(data + size, data + n, T(0));
         size = n;
         return true;
     }
