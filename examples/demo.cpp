@@ -94,6 +94,83 @@ void ShowValues() {
     std::printf("\n");
 }
 
+void PrintValue(const char *label, const NoxValue &v) {
+    static const char *const truth[] = {"false", "true", "any", "nil"};
+    std::printf("  %-44s ", label);
+    switch (v.GetType()) {
+    case NoxIntegerType:
+        std::printf("integer %d\n", v.GetAsInteger());
+        break;
+    case NoxRealType:
+        std::printf("real %.17g\n", v.GetAsReal());
+        break;
+    case NoxIntegerIntervalType:
+        std::printf("integer interval [%d, %d]\n", v.GetAsIntegerInterval().lower,
+                    v.GetAsIntegerInterval().upper);
+        break;
+    case NoxRealIntervalType:
+        if (NoxIsEmpty(v.GetAsRealInterval(), NoxAbsPrecision))
+            std::printf("real interval nil\n");
+        else
+            std::printf("real interval [%.17g, %.17g]\n", v.GetAsRealInterval().lower,
+                        v.GetAsRealInterval().upper);
+        break;
+    case NoxIntegerEnumType:
+        if (v.GetIntegerEnum().GetRep() != NoxEnumList) {
+            std::printf("integer enumeration, not a list\n");
+            break;
+        }
+        std::printf("integer enumeration {");
+        for (int i = 0; i < v.GetIntegerEnum().GetSize(); ++i)
+            std::printf(i == 0 ? "%d" : ", %d", v.GetIntegerEnum().Get(i));
+        std::printf("}\n");
+        break;
+    case NoxRealEnumType:
+        if (v.GetRealEnum().GetRep() == NoxEnumRange) {
+            std::printf("real enumeration range [%.17g, %.17g]\n",
+                        v.GetRealEnum().GetAsRealInterval().lower,
+                        v.GetRealEnum().GetAsRealInterval().upper);
+            break;
+        }
+        std::printf("real enumeration {");
+        for (int i = 0; i < v.GetRealEnum().GetSize(); ++i)
+            std::printf(i == 0 ? "%.17g" : ", %.17g", v.GetRealEnum().Get(i));
+        std::printf("}\n");
+        break;
+    case NoxBooleanType:
+        std::printf("boolean %s\n", truth[v.GetAsBoolean() & 3]);
+        break;
+    default:
+        std::printf("undefined\n");
+    }
+}
+
+void ShowValueArithmetic() {
+    NoxEnvironment env;
+    std::printf("Values of different kinds combine into the kind that holds both\n");
+    const int small[] = {1, 2};
+    const int large[] = {10, 20};
+    NoxValue a, b;
+    a.Set(2, small);
+    b.Set(2, large);
+    PrintValue("integer 2 + real 0.5", NoxSum(env, NoxValue(2), NoxValue(0.5)));
+    PrintValue("integer 2 + boolean true", NoxSum(env, NoxValue(2), NoxValue(NoxTrue)));
+    PrintValue("real 1.5 * integer interval [1, 3]",
+               NoxMul(env, NoxValue(1.5), NoxValue(NoxCreateIntegerInterval(1, 3))));
+    PrintValue("{1, 2} + {10, 20}", NoxSum(env, a, b));
+    PrintValue("{1, 2} + real interval [0, 0.5]",
+               NoxSum(env, a, NoxValue(NoxCreateRealInterval(0, 0.5))));
+    PrintValue("integer 7 / integer 2", NoxDiv(env, NoxValue(7), NoxValue(2)));
+    PrintValue("integer 3 to the power 2", NoxPow(env, NoxValue(3), NoxValue(2)));
+    PrintValue("sin of the integer enumeration {1, 2}", NoxSin(env, a));
+    PrintValue("min of booleans true and any",
+               NoxMin(env, NoxValue(NoxTrue), NoxValue(NoxBoolean_Any)));
+    env.ClearError();
+    PrintValue("real 1.5 + boolean true", NoxSum(env, NoxValue(1.5), NoxValue(NoxTrue)));
+    std::printf("  %-44s %d\n", "error code after it (bad operand kinds)", env.GetError());
+    std::printf("\n");
+}
+
 } // namespace
 
 int main() {
@@ -101,5 +178,6 @@ int main() {
     ShowEnvironment();
     ShowIntervals();
     ShowValues();
+    ShowValueArithmetic();
     return 0;
 }
