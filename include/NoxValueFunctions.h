@@ -41,7 +41,8 @@ NOX_API unsigned char NoxIntersect(const NoxEnvironment &env, NoxValue &a, const
 NOX_API void NoxExclude(const NoxEnvironment &env, NoxValue &a, const NoxValue &b, double tol);
 /// Widens a to its union with b: two different single values give the any marker, intervals their
 /// hull, enumerations the union of their lists (or the hull as a range), booleans the
-/// union table. An empty b or an indefinite a leaves a as it is. An empty result sets
+/// union table. An empty b or an indefinite a leaves a as it is; an empty a or an
+/// indefinite b becomes a copy of b. An empty result sets
 /// NoxErrorEmptyResult, a pair without a common kind sets NoxErrorBadOperandType and
 /// leaves a undefined.
 NOX_API void NoxUnite(const NoxEnvironment &env, NoxValue &a, const NoxValue &b, double tol);
