@@ -441,6 +441,24 @@ TEST_F(ValueSetOperations, Intersect_UndefinedBCountsAsEmptyAndIsAssigned) {
     EXPECT_EQ(env.GetError(), 0);
 }
 
+int g_reportLine = 0;
+void RecordLine(const char *, const char *, int line) { g_reportLine = line; }
+
+TEST_F(ValueSetOperations, Intersect_UndefinedBIntoSingleIntegerGoesThroughTheConversion) {
+    // Assigning the undefined b into a single integer is the integer conversion of an
+    // undefined value: it reports to the assertion hook and gives 0.
+    const NoxAssertionHook previous = NoxSetAssertionHook(&RecordLine);
+    g_reportLine = 0;
+    NoxValue a(3);
+    const unsigned char changed = NoxIntersect(env, a, NoxValue(), kTol);
+    NoxSetAssertionHook(previous);
+    EXPECT_TRUE(changed);
+    EXPECT_EQ(g_reportLine, 461);
+    EXPECT_EQ(a.GetType(), NoxIntegerType);
+    EXPECT_EQ(a.GetAsInteger(), 0);
+    EXPECT_EQ(env.GetError(), 0);
+}
+
 TEST_F(ValueSetOperations, Intersect_EmptyAReportsEmptyAndStays) {
     NoxValue a(NoxSingleInteger_Nil);
     EXPECT_FALSE(NoxIntersect(env, a, NoxValue(3), kTol));
