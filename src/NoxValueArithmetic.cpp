@@ -247,7 +247,8 @@ bool Outside(double x, const NoxRealInterval &domain) {
     return x < domain.lower || x > domain.upper;
 }
 
-// The kernel of a function f defined where `outside` is false.
+// The kernel of F, whose domain is where IsOutside is false; CheckResult adds the
+// overflow test of the result.
 template <bool (*IsOutside)(double), double (*F)(double), bool CheckResult>
 double UnaryKernel(const NoxEnvironment &env, double x) {
     double r;
