@@ -1257,16 +1257,16 @@ public:
     explicit RandomValues(unsigned seed) : rng(seed) {}
 
     int Integer() {
-        static const int specials[] = {0, 1, -1, 2, 7, -7, NoxMaxInteger, -NoxMaxInteger,
+        static const int notable[] = {0, 1, -1, 2, 7, -7, NoxMaxInteger, -NoxMaxInteger,
                                        NoxSingleInteger_Any, NoxSingleInteger_Nil, INT_MIN,
                                        46341, 65536};
         if (Pick(3) == 0)
-            return specials[Pick(sizeof specials / sizeof specials[0])];
+            return notable[Pick(sizeof notable / sizeof notable[0])];
         return std::uniform_int_distribution<int>(-1000, 1000)(rng);
     }
 
     double Real() {
-        static const double specials[] = {0.0,
+        static const double notable[] = {0.0,
                                           -0.0,
                                           1.0,
                                           -1.0,
@@ -1285,7 +1285,7 @@ public:
                                           5e-324,
                                           1e-300};
         if (Pick(3) == 0)
-            return specials[Pick(sizeof specials / sizeof specials[0])];
+            return notable[Pick(sizeof notable / sizeof notable[0])];
         return std::uniform_real_distribution<double>(-100, 100)(rng);
     }
 
