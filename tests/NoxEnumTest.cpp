@@ -38,6 +38,10 @@ void *AllocateNothrow(std::size_t n) {
     return Allocate(n);
 }
 
+// Kept out of line so that the compiler does not pair the free with the replaced
+// operator new and warn about a mismatch.
+__attribute__((noinline)) void Release(void *p) noexcept { std::free(p); }
+
 void *AllocateOrThrow(std::size_t n) {
     if (void *p = Allocate(n))
         return p;
@@ -51,12 +55,12 @@ void *operator new(std::size_t n, const std::nothrow_t &) noexcept { return Allo
 void *operator new[](std::size_t n, const std::nothrow_t &) noexcept {
     return AllocateNothrow(n);
 }
-void operator delete(void *p) noexcept { std::free(p); }
-void operator delete[](void *p) noexcept { std::free(p); }
-void operator delete(void *p, std::size_t) noexcept { std::free(p); }
-void operator delete[](void *p, std::size_t) noexcept { std::free(p); }
-void operator delete(void *p, const std::nothrow_t &) noexcept { std::free(p); }
-void operator delete[](void *p, const std::nothrow_t &) noexcept { std::free(p); }
+void operator delete(void *p) noexcept { Release(p); }
+void operator delete[](void *p) noexcept { Release(p); }
+void operator delete(void *p, std::size_t) noexcept { Release(p); }
+void operator delete[](void *p, std::size_t) noexcept { Release(p); }
+void operator delete(void *p, const std::nothrow_t &) noexcept { Release(p); }
+void operator delete[](void *p, const std::nothrow_t &) noexcept { Release(p); }
 
 namespace {
 
