@@ -166,11 +166,78 @@ public:
     /// equations then receive a null entry).
     NoxEquation *AddEquation(NoxExpression *root, NoxEquationType t);
 
+    // ---- Composite builders: terms and interpolating polynomials ----
+    // Each builds ordinary registered nodes through the creators above, in a fixed
+    // order. Constants introduced are real constants (CreateConstant of a real value);
+    // powers are CreatePower with an integer exponent.
+
+    /// a·x + b with the neutral elements left out: x itself when a equals the real 1
+    /// (IsEqualTo), else the product (constant a, x); then, unless b equals the real 0,
+    /// the sum (constant b, term). The constants keep the kinds of a and b. A null x
+    /// gives null, but the constants are created first.
+    NoxExpression *CreateLinearTerm(const NoxValue &a, NoxExpression *x, const NoxValue &b);
+    /// CreateLinearTerm(a, x to the power 2, b); the power is created first.
+    NoxExpression *CreateQuadraticTerm(const NoxValue &a, NoxExpression *x, const NoxValue &b);
+    /// c[0]·x^(n−1) + ... + c[n−2]·x + c[n−1], built from the highest degree down: each
+    /// new term is the first operand of the sum with what was built before. A null c[i]
+    /// leaves its term out (its power of x is still created). Null when c or x is null;
+    /// a new real constant 0 when n <= 0 or every c[i] is null.
+    NoxExpression *CreatePolynomialTerm(int n, NoxExpression **c, NoxExpression *x);
+    /// The line through (x0, y0) and (x1, y1), in x. Null when an argument is null or
+    /// the system has no determinant.
+    NoxExpression *CreateLinearInterpolation2P(NoxExpression *x0, NoxExpression *y0,
+                                               NoxExpression *x1, NoxExpression *y1,
+                                               NoxExpression *x);
+    /// The parabola through three points, in x. Null as for the line.
+    NoxExpression *CreateQuadraticInterpolation3P(NoxExpression *x0, NoxExpression *y0,
+                                                  NoxExpression *x1, NoxExpression *y1,
+                                                  NoxExpression *x2, NoxExpression *y2,
+                                                  NoxExpression *x);
+    /// The cubic through four points, in x. Null as for the line.
+    NoxExpression *CreateCubicInterpolation4P(NoxExpression *x0, NoxExpression *y0,
+                                              NoxExpression *x1, NoxExpression *y1,
+                                              NoxExpression *x2, NoxExpression *y2,
+                                              NoxExpression *x3, NoxExpression *y3,
+                                              NoxExpression *x);
+    /// The cubic with values y0, y1 and slopes d0, d1 at x0, x1, in x. Null as for the
+    /// line.
+    NoxExpression *CreateCubicInterpolation2P2D(NoxExpression *x0, NoxExpression *y0,
+                                                NoxExpression *d0, NoxExpression *x1,
+                                                NoxExpression *y1, NoxExpression *d1,
+                                                NoxExpression *x);
+    /// (b + (−1)·a)·t + a; null when an argument is null.
+    NoxExpression *CreateLinearInterpolation01(NoxExpression *a, NoxExpression *b,
+                                               NoxExpression *t);
+    /// CreateLinearInterpolation01(a, b, −2t³ + 3t²); the constants −2 and 3 are created
+    /// first. Null when an argument is null.
+    NoxExpression *CreateCubicInterpolation01(NoxExpression *a, NoxExpression *b, NoxExpression *t);
+    // ---- End of the composite builders ----
+
 protected:
     /// Registers a node made elsewhere (by a derived factory), which the factory then owns
     /// and deletes, and returns it. Null for a null node. When the expression array cannot
     /// grow the node is deleted, `expr` is set to null and null is returned.
     NoxExpression *AddExpression(NoxExpression *&expr);
+
+    // ---- Composite builders: determinants and Cramer's rule ----
+
+    /// The determinant of the k×k sub-matrix of m (16 entries, row by row: element (r, c)
+    /// at r·4 + c; a null entry stands for zero) made of the listed rows and columns,
+    /// expanded by cofactors along the first listed row. Zero entries and zero minors
+    /// (null, or constants reading 0) are skipped, and constant factors folded, so a
+    /// matrix whose expansion skips every term gives null, not a zero constant. k = 1
+    /// gives the listed entry itself. Null when k < 1 or k > 4, when m, rows or cols is
+    /// null, or when a listed row or column lies outside 0..3.
+    NoxExpression *CreateDeterminant(NoxExpression **m, int *rows, int *cols, int k);
+    /// The polynomial in x whose coefficients p solve m·p = y over the leading k×k block
+    /// of m (Cramer's rule): the determinants with column j replaced by y give the
+    /// coefficients of x^(k−1−j), divided by the determinant of m. m is restored before
+    /// the call returns. Null when m, y or x is null, k >= 5, or the determinant of m is
+    /// null; a new real constant 0 when the polynomial comes out null (memory
+    /// runs short).
+    NoxExpression *CreateInterpolation(NoxExpression **m, NoxExpression **y, NoxExpression *x,
+                                       int k);
+    // ---- End of the composite builders ----
 
     int expressionCount;
     int expressionCapacity;
