@@ -171,6 +171,35 @@ void ShowValueArithmetic() {
     std::printf("\n");
 }
 
+// A formula built through the factory: its enclosure over intervals of the variables, its
+// gradient at a point and the value there of its symbolic derivative with respect to x.
+void ShowExpressions() {
+    NoxFactory f;
+    NoxVariable *x = f.CreateVariable();
+    NoxVariable *y = f.CreateVariable();
+    NoxExpression *terms[3] = {f.CreatePower(x, 2), f.CreateSin(f.CreateProduct(x, y)),
+                               f.CreateRealConstant(-1.0)};
+    NoxExpression *formula = f.CreateSum(3, terms);
+    std::printf("A formula f(x, y) = x^2 + sin(x*y) - 1 built through the factory\n");
+
+    x->SetValue(NoxValue(NoxCreateRealInterval(0.5, 1.0)), nullptr);
+    y->SetValue(NoxValue(NoxCreateRealInterval(-1.0, 2.0)), nullptr);
+    f.GetEnvironment().ClearError();
+    PrintValue("f over x in [0.5, 1], y in [-1, 2]", formula->GetValue());
+
+    x->SetValue(NoxValue(1.0), nullptr);
+    y->SetValue(NoxValue(2.0), nullptr);
+    std::printf("  %-44s %.17g\n", "f(1, 2)", formula->Eval());
+    const double *gradient = formula->GetGradient();
+    std::printf("  %-44s (%.17g, %.17g)\n", "gradient at (1, 2)", gradient[0], gradient[1]);
+    NoxExpression *dfdx = formula->Differentiate(x);
+    if (dfdx)
+        std::printf("  %-44s %.17g\n", "symbolic df/dx = 2x + y cos(xy) at (1, 2)", dfdx->Eval());
+    else
+        std::printf("  %-44s none\n", "symbolic df/dx");
+    std::printf("\n");
+}
+
 } // namespace
 
 int main() {
@@ -179,5 +208,6 @@ int main() {
     ShowIntervals();
     ShowValues();
     ShowValueArithmetic();
+    ShowExpressions();
     return 0;
 }
