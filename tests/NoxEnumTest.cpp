@@ -16,62 +16,18 @@
 #include <string>
 #include <vector>
 
+#include "NoxTestAllocator.h"
+
 // ---- Allocation control ----
 //
-// The library allocates its arrays with nothrow new. These replacements route every
-// form of new and delete to malloc and free, count the nothrow requests and can refuse
-// them, so that the fallbacks taken when memory runs out are observable.
-
-namespace {
-std::atomic<long> gNothrowRequests{0};
-std::atomic<int> gNothrowGrants{-1}; // nothrow requests still granted; -1: no limit
-
-void *Allocate(std::size_t n) { return std::malloc(n ? n : 1); }
-
-void *AllocateNothrow(std::size_t n) {
-    ++gNothrowRequests;
-    int grants = gNothrowGrants.load();
-    if (grants == 0)
-        return nullptr;
-    if (grants > 0)
-        gNothrowGrants.store(grants - 1);
-    return Allocate(n);
-}
-
-// Kept out of line so that the compiler does not pair the free with the replaced
-// operator new and warn about a mismatch.
-__attribute__((noinline)) void Release(void *p) noexcept { std::free(p); }
-
-void *AllocateOrThrow(std::size_t n) {
-    if (void *p = Allocate(n))
-        return p;
-    throw std::bad_alloc();
-}
-} // namespace
-
-void *operator new(std::size_t n) { return AllocateOrThrow(n); }
-void *operator new[](std::size_t n) { return AllocateOrThrow(n); }
-void *operator new(std::size_t n, const std::nothrow_t &) noexcept { return AllocateNothrow(n); }
-void *operator new[](std::size_t n, const std::nothrow_t &) noexcept {
-    return AllocateNothrow(n);
-}
-void operator delete(void *p) noexcept { Release(p); }
-void operator delete[](void *p) noexcept { Release(p); }
-void operator delete(void *p, std::size_t) noexcept { Release(p); }
-void operator delete[](void *p, std::size_t) noexcept { Release(p); }
-void operator delete(void *p, const std::nothrow_t &) noexcept { Release(p); }
-void operator delete[](void *p, const std::nothrow_t &) noexcept { Release(p); }
+// The library allocates its arrays with nothrow new. The shared test allocator counts the
+// nothrow requests and can refuse them, so that the fallbacks taken when memory runs out
+// are observable.
 
 namespace {
 
-// Grants the next `grants` nothrow allocations and refuses the rest while alive.
-class AllocationLimit {
-public:
-    explicit AllocationLimit(int grants) { gNothrowGrants.store(grants); }
-    ~AllocationLimit() { gNothrowGrants.store(-1); }
-    AllocationLimit(const AllocationLimit &) = delete;
-    AllocationLimit &operator=(const AllocationLimit &) = delete;
-};
+using nox_test::AllocationFailure;
+using nox_test::AllocationForms;
 
 std::uint64_t Bits(double x) {
     std::uint64_t b;
@@ -170,12 +126,12 @@ TEST(RealEnum, ConstructorStoresStateAsGiven) {
 }
 
 TEST(EnumAllocation, ConstructionAllocatesNothing) {
-    const long before = gNothrowRequests.load();
+    const long before = nox_test::NothrowRequestCount();
     NoxIntegerEnum a(NoxEnumAny);
     NoxRealEnum b(NoxEnumList);
     NoxIntegerEnum c(a);
     NoxRealEnum d(b);
-    EXPECT_EQ(gNothrowRequests.load(), before);
+    EXPECT_EQ(nox_test::NothrowRequestCount(), before);
     EXPECT_EQ(a.GetSize() + b.GetSize() + c.GetSize() + d.GetSize(), 0);
 }
 
@@ -1252,7 +1208,7 @@ TEST(RealEnum, CorrectOfARangeWithOneEntryIsNil) {
 TEST(EnumAllocation, InsertIntoNilWithoutMemoryLeavesTheRecordAsItWas) {
     NoxIntegerEnum e(NoxEnumNil);
     {
-        AllocationLimit none(0);
+        AllocationFailure none(AllocationForms::Nothrow, 0);
         e.Insert(3);
         e.Append(3);
     }
@@ -1260,7 +1216,8 @@ TEST(EnumAllocation, InsertIntoNilWithoutMemoryLeavesTheRecordAsItWas) {
     EXPECT_EQ(e.GetSize(), 0);
     NoxRealEnum r(NoxEnumNil);
     {
-        AllocationLimit arrayOnly(1); // the array, but not its storage
+        // The array, but not its storage.
+        AllocationFailure arrayOnly(AllocationForms::Nothrow, 1);
         r.Insert(3.0, 0.0);
     }
     EXPECT_TRUE(r.IsNil());
@@ -1270,7 +1227,7 @@ TEST(EnumAllocation, InsertIntoNilWithoutMemoryLeavesTheRecordAsItWas) {
 TEST(EnumAllocation, InsertIntoFullListWithoutMemoryLeavesItAsItWas) {
     NoxIntegerEnum e = IntList({1, 3, 5, 7, 9}); // sized exactly: no room to spare
     {
-        AllocationLimit none(0);
+        AllocationFailure none(AllocationForms::Nothrow, 0);
         e.Insert(2);
         e.Insert(0);
         e.Insert(10);
@@ -1283,25 +1240,25 @@ TEST(EnumAllocation, InsertIntoFullListWithoutMemoryLeavesItAsItWas) {
 TEST(EnumAllocation, RangeOperationsWithoutMemoryMakeNil) {
     NoxIntegerEnum e(NoxEnumAny);
     {
-        AllocationLimit none(0);
+        AllocationFailure none(AllocationForms::Nothrow, 0);
         e.SetAsIntegerInterval(NoxIntegerInterval{1, 2});
     }
     EXPECT_TRUE(e.IsNil());
     NoxRealEnum r(NoxEnumRange);
     {
-        AllocationLimit none(0);
+        AllocationFailure none(AllocationForms::Nothrow, 0);
         r.Insert(1.0, 0.0); // the range cannot be widened
     }
     EXPECT_TRUE(r.IsNil());
     NoxRealEnum s(NoxEnumRange);
     {
-        AllocationLimit none(0);
+        AllocationFailure none(AllocationForms::Nothrow, 0);
         s.Remove(1.0, 0.0); // nor reduced
     }
     EXPECT_TRUE(s.IsNil());
     NoxIntegerEnum any(NoxEnumAny);
     {
-        AllocationLimit none(0);
+        AllocationFailure none(AllocationForms::Nothrow, 0);
         any.Remove(NoxMaxInteger);
     }
     EXPECT_TRUE(any.IsNil());
@@ -1310,7 +1267,7 @@ TEST(EnumAllocation, RangeOperationsWithoutMemoryMakeNil) {
 TEST(EnumAllocation, SetSizeWithoutMemorySetsOnlyTheState) {
     NoxIntegerEnum e(NoxEnumAny);
     {
-        AllocationLimit none(0);
+        AllocationFailure none(AllocationForms::Nothrow, 0);
         e.SetSize(4);
     }
     EXPECT_EQ(e.GetRep(), NoxEnumList);
@@ -1322,7 +1279,7 @@ TEST(EnumAllocation, CopyWithoutMemoryIsNil) {
     NoxIntegerEnum target(NoxEnumAny);
     NoxRealEnum realSource = RealList({1.0});
     {
-        AllocationLimit none(0);
+        AllocationFailure none(AllocationForms::Nothrow, 0);
         target = source;
         NoxRealEnum copy(realSource);
         EXPECT_TRUE(copy.IsNil());
@@ -1337,7 +1294,7 @@ TEST(EnumAllocation, CopyIntoAnArrayWithRoomNeedsNoMemory) {
     NoxRealEnum source = RealList({1.0});
     NoxRealEnum target = RealList({5.0, 6.0});
     {
-        AllocationLimit none(0);
+        AllocationFailure none(AllocationForms::Nothrow, 0);
         target = source;
     }
     EXPECT_EQ(target.GetRep(), NoxEnumList);
@@ -1348,21 +1305,21 @@ TEST(EnumAllocation, RealFromIntegerListWithoutMemoryCopiesTheStateOnly) {
     NoxIntegerEnum source = IntList({1, 2, 3});
     NoxRealEnum r(NoxEnumAny);
     {
-        AllocationLimit none(0);
+        AllocationFailure none(AllocationForms::Nothrow, 0);
         r = source;
     }
     EXPECT_EQ(r.GetRep(), NoxEnumList);
     EXPECT_EQ(r.GetSize(), 0);
     NoxRealEnum s(NoxEnumAny);
     {
-        AllocationLimit arrayOnly(1);
+        AllocationFailure arrayOnly(AllocationForms::Nothrow, 1);
         s = source;
     }
     EXPECT_EQ(s.GetRep(), NoxEnumList);
     EXPECT_EQ(s.GetSize(), 0);
     NoxRealEnum t(NoxEnumAny);
     {
-        AllocationLimit none(0);
+        AllocationFailure none(AllocationForms::Nothrow, 0);
         t = NoxIntegerEnum(NoxEnumAny);
     }
     EXPECT_TRUE(t.IsNil());
@@ -1371,7 +1328,7 @@ TEST(EnumAllocation, RealFromIntegerListWithoutMemoryCopiesTheStateOnly) {
 TEST(EnumAllocation, CorrectWithoutMemoryForTheListKeepsTheRange) {
     NoxIntegerEnum e = IntRange(1, 5);
     {
-        AllocationLimit none(0);
+        AllocationFailure none(AllocationForms::Nothrow, 0);
         e.Correct(EnvWithMax(10));
     }
     EXPECT_EQ(e.GetRep(), NoxEnumRange);

@@ -1,9 +1,9 @@
 // The factory: creators and their null rules, growth by tens, derivatives, equations,
 // cache invalidation, member-wise copies, destruction, allocation failures and leaks.
 //
-// This test program replaces the global allocation functions with counting ones (on top
-// of malloc and free), so that it can count live allocations and make the library's
-// nothrow allocations fail on demand. Under valgrind, run it with
+// This test program replaces the global allocation functions through the shared test
+// allocator, so that it can count live allocations and make the library's nothrow
+// allocations fail on demand. Under valgrind, run it with
 // --soname-synonyms=somalloc=nouserintercepts so that these replacements stay in force.
 #include <NoxFactory.h>
 
@@ -16,72 +16,26 @@
 #include <string>
 #include <vector>
 
+#include "NoxTestAllocator.h"
+
+using nox_test::AllocationFailure;
+using nox_test::AllocationForms;
+using nox_test::LiveAllocationCount;
+
 namespace {
 
-long gLiveAllocations = 0;
-// The index, counted from the arming, of the next nothrow allocation to fail (-1: none);
-// with gFailAllNothrow every nothrow allocation fails.
-int gNothrowCountdown = -1;
-bool gFailAllNothrow = false;
-bool gFailPlain = false;
-
-void *Allocate(std::size_t n) {
-    void *p = std::malloc(n ? n : 1);
-    if (p)
-        ++gLiveAllocations;
-    return p;
-}
-
-void Release(void *p) {
-    if (!p)
-        return;
-    --gLiveAllocations;
-    std::free(p);
-}
-
-bool NothrowShouldFail() {
-    if (gFailAllNothrow)
-        return true;
-    if (gNothrowCountdown < 0)
-        return false;
-    return gNothrowCountdown-- == 0;
-}
-
-void *AllocateOrThrow(std::size_t n) {
-    void *p = gFailPlain ? nullptr : Allocate(n);
-    if (!p)
-        throw std::bad_alloc();
-    return p;
-}
-
 /// Makes the k-th nothrow allocation from now fail (k = 0: the next one).
-struct FailNthNothrow {
-    explicit FailNthNothrow(int k) { gNothrowCountdown = k; }
-    ~FailNthNothrow() { gNothrowCountdown = -1; }
+struct FailNthNothrow : AllocationFailure {
+    explicit FailNthNothrow(int k)
+        : AllocationFailure(AllocationForms::Nothrow, k, AllocationFailure::RefuseOne) {}
 };
 
 /// Makes every nothrow allocation fail while it lives.
-struct FailAllNothrow {
-    FailAllNothrow() { gFailAllNothrow = true; }
-    ~FailAllNothrow() { gFailAllNothrow = false; }
+struct FailAllNothrow : AllocationFailure {
+    FailAllNothrow() : AllocationFailure(AllocationForms::Nothrow) {}
 };
 
 } // namespace
-
-void *operator new(std::size_t n) { return AllocateOrThrow(n); }
-void *operator new[](std::size_t n) { return AllocateOrThrow(n); }
-void *operator new(std::size_t n, const std::nothrow_t &) noexcept {
-    return NothrowShouldFail() ? nullptr : Allocate(n);
-}
-void *operator new[](std::size_t n, const std::nothrow_t &) noexcept {
-    return NothrowShouldFail() ? nullptr : Allocate(n);
-}
-void operator delete(void *p) noexcept { Release(p); }
-void operator delete[](void *p) noexcept { Release(p); }
-void operator delete(void *p, std::size_t) noexcept { Release(p); }
-void operator delete[](void *p, std::size_t) noexcept { Release(p); }
-void operator delete(void *p, const std::nothrow_t &) noexcept { Release(p); }
-void operator delete[](void *p, const std::nothrow_t &) noexcept { Release(p); }
 
 namespace {
 
@@ -655,12 +609,12 @@ TEST_F(FactoryTest, FailedOperatorOrConstant_GivesNullAndRegistersNothing) {
 TEST_F(FactoryTest, FailedGrowth_DeletesTheNewNodeAndKeepsTheCounts) {
     for (int i = 0; i < 10; ++i)
         f.CreateRealConstant(i);
-    const long live = gLiveAllocations;
+    const long live = LiveAllocationCount();
     {
         FailNthNothrow failGrowth(1); // the node is allocation 0, the grown array 1
         EXPECT_EQ(f.CreateRealConstant(10.0), nullptr);
     }
-    EXPECT_EQ(gLiveAllocations, live);
+    EXPECT_EQ(LiveAllocationCount(), live);
     EXPECT_EQ(f.ExpressionCount(), 10);
     EXPECT_EQ(f.ExpressionCapacity(), 10);
     NoxExpression *node = new NoxConstant(&f, NoxValue(1.0));
@@ -669,7 +623,7 @@ TEST_F(FactoryTest, FailedGrowth_DeletesTheNewNodeAndKeepsTheCounts) {
         EXPECT_EQ(f.AddExpression(node), nullptr);
     }
     EXPECT_EQ(node, nullptr);
-    EXPECT_EQ(gLiveAllocations, live);
+    EXPECT_EQ(LiveAllocationCount(), live);
     EXPECT_NE(f.CreateRealConstant(10.0), nullptr);
     EXPECT_EQ(f.ExpressionCapacity(), 20);
 }
@@ -677,12 +631,12 @@ TEST_F(FactoryTest, FailedGrowth_DeletesTheNewNodeAndKeepsTheCounts) {
 TEST_F(FactoryTest, FailedVariableArrayGrowth_ChangesNothing) {
     for (int i = 0; i < 10; ++i)
         f.CreateVariable();
-    const long live = gLiveAllocations;
+    const long live = LiveAllocationCount();
     {
         FailNthNothrow failVariableArray(1); // the node is allocation 0
         EXPECT_EQ(f.CreateVariable(), nullptr);
     }
-    EXPECT_EQ(gLiveAllocations, live);
+    EXPECT_EQ(LiveAllocationCount(), live);
     EXPECT_EQ(f.GetNbOfVariables(), 10);
     EXPECT_EQ(f.ExpressionCount(), 10);
     EXPECT_EQ(f.CreateVariable()->GetIdx(), 10);
@@ -691,7 +645,7 @@ TEST_F(FactoryTest, FailedVariableArrayGrowth_ChangesNothing) {
 TEST_F(FactoryTest, FailedRegistrationOfAVariable_LeavesANullEntryAndTakesTheIndex) {
     for (int i = 0; i < 10; ++i)
         f.CreateRealConstant(i);
-    const long live = gLiveAllocations;
+    const long live = LiveAllocationCount();
     NoxVariable *v;
     {
         // Allocation 0 is the node, 1 the variable array, 2 the grown expression array.
@@ -702,19 +656,19 @@ TEST_F(FactoryTest, FailedRegistrationOfAVariable_LeavesANullEntryAndTakesTheInd
     EXPECT_EQ(f.GetNbOfVariables(), 1);
     EXPECT_EQ(f.GetVariable(0), nullptr);
     EXPECT_EQ(f.ExpressionCount(), 10);
-    EXPECT_EQ(gLiveAllocations, live + 1); // the variable array
+    EXPECT_EQ(LiveAllocationCount(), live + 1); // the variable array
     EXPECT_EQ(f.CreateVariable()->GetIdx(), 1);
 }
 
 TEST_F(FactoryTest, FailedEquationArrayGrowth_GivesNullAndKeepsTheCount) {
     NoxVariable *x = f.CreateVariable();
-    const long live = gLiveAllocations;
+    const long live = LiveAllocationCount();
     {
         FailNthNothrow failGrowth(1);
         EXPECT_EQ(f.AddEquation(x, NoxDefaultEquation), nullptr);
     }
     EXPECT_EQ(f.GetNbOfEquations(), 0);
-    EXPECT_EQ(gLiveAllocations, live);
+    EXPECT_EQ(LiveAllocationCount(), live);
 }
 
 TEST_F(FactoryTest, FailedChildArray_LeavesAnOperatorWithoutChildren) {
@@ -751,12 +705,12 @@ TEST_F(FactoryTest, FailedHessianRow_FreesThePartialBufferAndAllowsALaterTry) {
     NoxVariable *x = f.CreateVariable();
     f.CreateVariable();
     f.CreateVariable();
-    const long live = gLiveAllocations;
+    const long live = LiveAllocationCount();
     {
         FailNthNothrow failSecondRow(2); // the row table is allocation 0
         EXPECT_EQ(x->GetHessian(), nullptr);
     }
-    EXPECT_EQ(gLiveAllocations, live);
+    EXPECT_EQ(LiveAllocationCount(), live);
     double **h = x->GetHessian();
     ASSERT_NE(h, nullptr);
     EXPECT_EQ(h[2][2], 0.0);
@@ -779,17 +733,17 @@ TEST_F(FactoryTest, NamesThatCannotBeAllocated_LeaveTheOldName) {
     NoxVariable *x = f.CreateVariable();
     NoxEquation *eq = f.AddEquation(x, NoxDefaultEquation);
     const std::string longName(100, 'n');
-    gFailPlain = true;
+    AllocationFailure names(AllocationForms::Throwing);
     x->SetName(longName);
     eq->SetName(longName);
     NoxEquation copy(*eq);
-    gFailPlain = false;
+    names.End();
     EXPECT_EQ(x->GetName(), "va0");
     EXPECT_EQ(eq->GetName(), "eq0");
     eq->SetName(longName);
-    gFailPlain = true;
+    AllocationFailure copies(AllocationForms::Throwing);
     NoxEquation failedCopy(*eq);
-    gFailPlain = false;
+    copies.End();
     EXPECT_EQ(failedCopy.GetName(), "eq0");
 }
 
@@ -797,8 +751,8 @@ TEST_F(FactoryTest, NamesThatCannotBeAllocated_LeaveTheOldName) {
 
 TEST_F(FactoryTest, ModelBuiltAndDestroyedAThousandTimes_LeavesNothingBehind) {
     BuildEvaluateAndDestroyAModel(); // lets the test framework make its own first allocations
-    const long live = gLiveAllocations;
+    const long live = LiveAllocationCount();
     for (int i = 0; i < 1000; ++i)
         BuildEvaluateAndDestroyAModel();
-    EXPECT_EQ(gLiveAllocations, live);
+    EXPECT_EQ(LiveAllocationCount(), live);
 }

@@ -21,42 +21,10 @@
 #include <random>
 #include <vector>
 
-// ---- Allocation accounting: the test program replaces the global allocation functions
-// so that a test can count what an operation allocates. ----
+#include "NoxTestAllocator.h"
 
-namespace {
-std::atomic<long> g_allocations{0};
-
-void *Allocate(std::size_t n) {
-    ++g_allocations;
-    return std::malloc(n == 0 ? 1 : n);
-}
-
-// Kept out of line so that the compiler does not pair the free with the replaced
-// operator new and warn about a mismatch.
-__attribute__((noinline)) void Release(void *p) noexcept { std::free(p); }
-} // namespace
-
-void *operator new(std::size_t n) {
-    void *p = Allocate(n);
-    if (p == nullptr)
-        throw std::bad_alloc();
-    return p;
-}
-void *operator new[](std::size_t n) {
-    void *p = Allocate(n);
-    if (p == nullptr)
-        throw std::bad_alloc();
-    return p;
-}
-void *operator new(std::size_t n, const std::nothrow_t &) noexcept { return Allocate(n); }
-void *operator new[](std::size_t n, const std::nothrow_t &) noexcept { return Allocate(n); }
-void operator delete(void *p) noexcept { Release(p); }
-void operator delete[](void *p) noexcept { Release(p); }
-void operator delete(void *p, std::size_t) noexcept { Release(p); }
-void operator delete[](void *p, std::size_t) noexcept { Release(p); }
-void operator delete(void *p, const std::nothrow_t &) noexcept { Release(p); }
-void operator delete[](void *p, const std::nothrow_t &) noexcept { Release(p); }
+// ---- Allocation accounting: the shared test allocator counts what an operation
+// allocates. ----
 
 namespace {
 
@@ -1232,7 +1200,7 @@ TEST(ValueArithmeticAllocation, SingleAndIntervalKindsDoNotAllocate) {
                                  NoxValue(NoxTrue)};
     const NoxValue two(2);
     const NoxValue range(NoxCreateRealInterval(0, 10));
-    const long before = g_allocations.load();
+    const long before = nox_test::AllocationCount();
     for (const NoxValue &a : operands) {
         for (const NoxValue &b : operands)
             for (const NamedBinary &op : kBinaryFunctions)
@@ -1247,7 +1215,7 @@ TEST(ValueArithmeticAllocation, SingleAndIntervalKindsDoNotAllocate) {
         NoxNot(a);
         NoxImplication(a, a);
     }
-    EXPECT_EQ(g_allocations.load() - before, 0);
+    EXPECT_EQ(nox_test::AllocationCount() - before, 0);
 }
 
 // ---- Property test: random values of every kind ----

@@ -13,46 +13,12 @@
 #include <sstream>
 #include <vector>
 
+#include "NoxTestAllocator.h"
+
 // ---- Allocation accounting ----
 //
-// The test program replaces the global allocation functions so that a test can count the
-// allocations an operation makes and make every allocation fail; the library's
-// enumeration arrays come from these functions too.
-
-namespace {
-std::atomic<long> g_allocations{0};
-std::atomic<bool> g_failAllocations{false};
-
-void *Allocate(std::size_t n) {
-    if (g_failAllocations.load())
-        return nullptr;
-    ++g_allocations;
-    return std::malloc(n == 0 ? 1 : n);
-}
-
-__attribute__((noinline)) void Release(void *p) noexcept { std::free(p); }
-} // namespace
-
-void *operator new(std::size_t n) {
-    void *p = Allocate(n);
-    if (p == nullptr)
-        throw std::bad_alloc();
-    return p;
-}
-void *operator new[](std::size_t n) {
-    void *p = Allocate(n);
-    if (p == nullptr)
-        throw std::bad_alloc();
-    return p;
-}
-void *operator new(std::size_t n, const std::nothrow_t &) noexcept { return Allocate(n); }
-void *operator new[](std::size_t n, const std::nothrow_t &) noexcept { return Allocate(n); }
-void operator delete(void *p) noexcept { Release(p); }
-void operator delete[](void *p) noexcept { Release(p); }
-void operator delete(void *p, std::size_t) noexcept { Release(p); }
-void operator delete[](void *p, std::size_t) noexcept { Release(p); }
-void operator delete(void *p, const std::nothrow_t &) noexcept { Release(p); }
-void operator delete[](void *p, const std::nothrow_t &) noexcept { Release(p); }
+// The shared test allocator counts the allocations an operation makes and can make every
+// allocation fail; the library's enumeration arrays come from it too.
 
 namespace {
 
@@ -708,9 +674,8 @@ TEST_F(ValueSetOperations, Intersect_EnumerationOutOfMemoryEndsNilWithEmptyResul
     const NoxValue b(IntList({2, 3, 4}));
     unsigned char changed;
     {
-        g_failAllocations = true;
+        nox_test::AllocationFailure failure(nox_test::AllocationForms::All);
         changed = NoxIntersect(env, a, b, kTol);
-        g_failAllocations = false;
     }
     EXPECT_TRUE(changed);
     EXPECT_TRUE(a.IsEmpty(env));
@@ -1182,14 +1147,14 @@ TEST_F(ValueSetOperations, SingleIntervalAndBooleanKindsDoNotAllocate) {
             NoxValue a(x);
             NoxValue u(x);
             NoxValue e(x);
-            const long before = g_allocations.load();
+            const long before = nox_test::AllocationCount();
             NoxIsEqual(env, x, y, kTol);
             NoxContains(env, x, y, kTol);
             NoxIsIndefinite(env, x);
             NoxIntersect(env, a, y, kTol);
             NoxUnite(env, u, y, kTol);
             NoxExclude(env, e, y, kTol);
-            EXPECT_EQ(g_allocations.load(), before);
+            EXPECT_EQ(nox_test::AllocationCount(), before);
         }
 }
 

@@ -16,55 +16,18 @@
 #include <string>
 #include <vector>
 
+#include "NoxTestAllocator.h"
+
 // ---- Allocation accounting ----
 //
-// The test program replaces the global allocation functions so that a test can count
-// the allocations an operation makes and can make every allocation fail. The library's
-// arrays are allocated through these functions too.
-
-namespace {
-std::atomic<long> g_allocations{0};
-std::atomic<bool> g_failAllocations{false};
-
-void *Allocate(std::size_t n) {
-    if (g_failAllocations.load())
-        return nullptr;
-    ++g_allocations;
-    return std::malloc(n == 0 ? 1 : n);
-}
-
-// Kept out of line so that the compiler does not pair the free with the replaced
-// operator new and warn about a mismatch.
-__attribute__((noinline)) void Release(void *p) noexcept { std::free(p); }
-} // namespace
-
-void *operator new(std::size_t n) {
-    void *p = Allocate(n);
-    if (p == nullptr)
-        throw std::bad_alloc();
-    return p;
-}
-void *operator new[](std::size_t n) {
-    void *p = Allocate(n);
-    if (p == nullptr)
-        throw std::bad_alloc();
-    return p;
-}
-void *operator new(std::size_t n, const std::nothrow_t &) noexcept { return Allocate(n); }
-void *operator new[](std::size_t n, const std::nothrow_t &) noexcept { return Allocate(n); }
-void operator delete(void *p) noexcept { Release(p); }
-void operator delete[](void *p) noexcept { Release(p); }
-void operator delete(void *p, std::size_t) noexcept { Release(p); }
-void operator delete[](void *p, std::size_t) noexcept { Release(p); }
-void operator delete(void *p, const std::nothrow_t &) noexcept { Release(p); }
-void operator delete[](void *p, const std::nothrow_t &) noexcept { Release(p); }
+// The shared test allocator counts the allocations an operation makes and can make every
+// allocation fail. The library's arrays are allocated through it too.
 
 namespace {
 
 // Makes every allocation fail while it lives.
-struct AllocationFailure {
-    AllocationFailure() { g_failAllocations = true; }
-    ~AllocationFailure() { g_failAllocations = false; }
+struct AllocationFailure : nox_test::AllocationFailure {
+    AllocationFailure() : nox_test::AllocationFailure(nox_test::AllocationForms::All) {}
 };
 
 // ---- Assertion reports ----
@@ -363,13 +326,13 @@ TEST(ValueCopy, BooleanCopiesOnlyTheLowerInteger) {
 }
 
 TEST(ValueCopy, SingleIntervalAndBooleanKindsNeverAllocate) {
-    long before = g_allocations.load();
+    long before = nox_test::AllocationCount();
     NoxValue a(3), b(2.5), c(I(1, 2)), d(R(1, 2)), e(NoxTrue), f, g(NoxIntegerEnumType);
     NoxValue copies[] = {a, b, c, d, e, f, g};
     copies[0] = d;
     copies[1].Set(4.5);
     copies[2].SetIndefinite();
-    EXPECT_EQ(g_allocations.load(), before);
+    EXPECT_EQ(nox_test::AllocationCount(), before);
 }
 
 TEST(ValueCopy, CopiesOnlyTheArrayOfTheEnumerationItsKindUses) {
@@ -379,15 +342,15 @@ TEST(ValueCopy, CopiesOnlyTheArrayOfTheEnumerationItsKindUses) {
     v = NoxValue(R(0, 1));
     ASSERT_EQ(v.GetIntegerEnum().GetSize(), 3);
     ASSERT_EQ(v.GetRealEnum().GetSize(), 2);
-    long before = g_allocations.load();
+    long before = nox_test::AllocationCount();
     NoxValue copy(v);
-    EXPECT_EQ(g_allocations.load(), before);
+    EXPECT_EQ(nox_test::AllocationCount(), before);
     EXPECT_EQ(copy.GetIntegerEnum().GetSize(), 0);
 
     NoxValue e(IntegerList({1, 2, 3}));
-    before = g_allocations.load();
+    before = nox_test::AllocationCount();
     NoxValue copyOfEnum(e);
-    EXPECT_GT(g_allocations.load(), before);
+    EXPECT_GT(nox_test::AllocationCount(), before);
     ExpectIntegerEnum(copyOfEnum.GetIntegerEnum(), NoxEnumList, {1, 2, 3});
     EXPECT_EQ(copyOfEnum.GetRealEnum().GetSize(), 0);
 }
