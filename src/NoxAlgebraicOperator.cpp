@@ -32,9 +32,12 @@ private:
     T *data;
 };
 
-// Where a child is read without a null test, an absent child reads as 0.0, as an
-// undefined value and as a zero gradient (a null gradient, also what a child gives when
-// memory for its buffer runs short).
+// An absent child (a null entry of the caller's array) is skipped wherever it can be:
+// in the folds, in the gradients (it adds nothing and counts as a factor 1.0 in the
+// product rule) and in the walk of the minimum and maximum. Child 0 of the minimum and
+// maximum and of the value fold cannot be skipped: absent, it reads as 0.0 and as an
+// undefined value. A null gradient (an absent child, or memory that ran short for the
+// child's buffer) adds nothing.
 double RealOf(NoxExpression *child) { return child ? child->Eval() : 0.0; }
 
 const NoxValue &ValueOf(NoxExpression *child) {
@@ -43,8 +46,6 @@ const NoxValue &ValueOf(NoxExpression *child) {
 }
 
 const double *GradientOf(NoxExpression *child) { return child ? child->GetGradient() : nullptr; }
-
-double Entry(const double *g, int k) { return g ? g[k] : 0.0; }
 
 using ValueFunction = NoxValue (*)(const NoxEnvironment &, const NoxValue &, const NoxValue &);
 
@@ -92,8 +93,10 @@ void SumGradient(NoxExpression *const *children, int n, double *grad, int v) {
     std::fill(grad, grad + v, 0.0);
     for (int i = 0; i < n; ++i) {
         const double *g = GradientOf(children[i]);
+        if (!g)
+            continue;
         for (int k = 0; k < v; ++k)
-            grad[k] += Entry(g, k);
+            grad[k] += g[k];
     }
 }
 
@@ -106,15 +109,17 @@ void ProductGradient(NoxExpression *const *children, int n, double *grad, int v)
     if (!values)
         return;
     for (int i = 0; i < n; ++i)
-        values[i] = RealOf(children[i]);
+        values[i] = children[i] ? children[i]->Eval() : 1.0;
     for (int i = 0; i < n; ++i) {
+        const double *g = GradientOf(children[i]);
+        if (!g)
+            continue;
         double f = 1.0;
         for (int j = 0; j < n; ++j)
             if (j != i)
                 f *= values[j];
-        const double *g = GradientOf(children[i]);
         for (int k = 0; k < v; ++k)
-            grad[k] += f * Entry(g, k);
+            grad[k] += f * g[k];
     }
 }
 
@@ -128,7 +133,9 @@ void ExtremeGradient(NoxExpression *const *children, int n, bool maximum, double
     const double r0 = RealOf(children[0]);
     int selected = 0;
     for (int i = 1; i < n; ++i) {
-        const double r = RealOf(children[i]);
+        if (!children[i])
+            continue;
+        const double r = children[i]->Eval();
         if (maximum ? r > r0 : r < r0)
             selected = i;
     }
