@@ -15,6 +15,8 @@
 #include <limits>
 #include <vector>
 
+#include "NoxTestAllocator.h"
+
 namespace {
 
 using ValueFunction = NoxValue (*)(const NoxEnvironment &, const NoxValue &);
@@ -30,6 +32,21 @@ bool SameDouble(double a, double b) {
     std::memcpy(&ba, &a, sizeof a);
     std::memcpy(&bb, &b, sizeof b);
     return ba == bb;
+}
+
+// No node of the graph below `node` lists some children but misses others, as a factor
+// list holding a null entry would. (A node whose child array could not be allocated has
+// no child at all; that is the factory's own fallback.)
+bool HasNoMissingFactor(const NoxExpression *node) {
+    int missing = 0;
+    for (int i = 0; i < node->GetNbOfChildren(); ++i) {
+        const NoxExpression *child = node->GetChild(i);
+        if (!child)
+            ++missing;
+        else if (!HasNoMissingFactor(child))
+            return false;
+    }
+    return missing == 0 || missing == node->GetNbOfChildren();
 }
 
 // The C library functions on a volatile copy, so that the compiler cannot fold them.
@@ -662,4 +679,39 @@ TEST_F(TrigonometricOperatorTest, DerivativeOfTanh_ReadsTheNodesOwnValue) {
     NoxExpression *d = node->Differentiate(x);
     const double th = Tanh(0.4);
     EXPECT_DOUBLE_EQ(d->Eval(), -1.0 * (th * th) + 1.0);
+}
+
+// ---- Memory ----
+
+TEST_F(TrigonometricOperatorTest, EvaluationAfterTheFirst_AllocatesNothing) {
+    x->SetValue(NoxValue(NoxRealInterval{0.25, 0.5}), nullptr);
+    for (const TrigRow &row : kRows) {
+        NoxExpression *node = Node(row.type, x);
+        node->Eval();
+        node->GetValue();
+        node->GetGradient(); // allocates the gradient buffer once
+        node->ResetBuffer(1);
+        const long before = nox_test::AllocationCount();
+        node->Eval();
+        node->GetValue();
+        node->GetGradient();
+        EXPECT_EQ(nox_test::AllocationCount(), before) << row.name;
+    }
+}
+
+TEST_F(TrigonometricOperatorTest, DifferentiateWhenMemoryRunsShort_NeverListsANullFactor) {
+    for (const TrigRow &row : kRows) {
+        NoxExpression *node = Node(row.type, x);
+        for (long k = 0; k < 16; ++k) {
+            NoxExpression *d = nullptr;
+            {
+                nox_test::AllocationFailure fail(nox_test::AllocationForms::Nothrow, k,
+                                                 nox_test::AllocationFailure::RefuseOne);
+                d = node->Differentiate(x);
+            }
+            if (d) {
+                EXPECT_TRUE(HasNoMissingFactor(d)) << row.name << " refusal " << k;
+            }
+        }
+    }
 }

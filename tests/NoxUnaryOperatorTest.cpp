@@ -15,6 +15,8 @@
 #include <limits>
 #include <vector>
 
+#include "NoxTestAllocator.h"
+
 namespace {
 
 using RealFunction = double (*)(double);
@@ -29,6 +31,21 @@ bool SameDouble(double a, double b) {
     std::memcpy(&ba, &a, sizeof a);
     std::memcpy(&bb, &b, sizeof b);
     return ba == bb;
+}
+
+// No node of the graph below `node` lists some children but misses others, as a factor
+// list holding a null entry would. (A node whose child array could not be allocated has
+// no child at all; that is the factory's own fallback.)
+bool HasNoMissingFactor(const NoxExpression *node) {
+    int missing = 0;
+    for (int i = 0; i < node->GetNbOfChildren(); ++i) {
+        const NoxExpression *child = node->GetChild(i);
+        if (!child)
+            ++missing;
+        else if (!HasNoMissingFactor(child))
+            return false;
+    }
+    return missing == 0 || missing == node->GetNbOfChildren();
 }
 
 // The C library functions, applied to a volatile copy so that the compiler cannot fold
@@ -529,5 +546,40 @@ TEST_F(UnaryOperatorTest, DerivativesOfLogLnExp_EvaluateToTheGradient) {
         NoxExpression *node = Node(t, x);
         EXPECT_DOUBLE_EQ(node->Differentiate(x)->Eval(), node->GetGradient()[0]);
         EXPECT_DOUBLE_EQ(node->Differentiate(y)->Eval(), 0.0);
+    }
+}
+
+// ---- Memory ----
+
+TEST_F(UnaryOperatorTest, EvaluationAfterTheFirst_AllocatesNothing) {
+    x->SetValue(NoxValue(NoxRealInterval{0.25, 0.5}), nullptr);
+    for (const UnaryRow &row : kRows) {
+        NoxExpression *node = Node(row.type, x);
+        node->Eval();
+        node->GetValue();
+        node->GetGradient(); // allocates the gradient buffer once
+        node->ResetBuffer(1);
+        const long before = nox_test::AllocationCount();
+        node->Eval();
+        node->GetValue();
+        node->GetGradient();
+        EXPECT_EQ(nox_test::AllocationCount(), before) << row.name;
+    }
+}
+
+TEST_F(UnaryOperatorTest, DifferentiateWhenMemoryRunsShort_NeverListsANullFactor) {
+    for (const UnaryRow &row : kRows) {
+        NoxExpression *node = Node(row.type, x);
+        for (long k = 0; k < 16; ++k) {
+            NoxExpression *d = nullptr;
+            {
+                nox_test::AllocationFailure fail(nox_test::AllocationForms::Nothrow, k,
+                                                 nox_test::AllocationFailure::RefuseOne);
+                d = node->Differentiate(x);
+            }
+            if (d) {
+                EXPECT_TRUE(HasNoMissingFactor(d)) << row.name << " refusal " << k;
+            }
+        }
     }
 }
