@@ -2,6 +2,7 @@
 // and symbolic derivative of every type, the zero divisors and the real root rule, the
 // order in which children are read, and what the bodies allocate.
 #include <NoxFactory.h>
+#include <NoxInterval.h>
 #include <NoxOperators.h>
 #include <NoxValueFunctions.h>
 
@@ -309,6 +310,21 @@ TEST_F(BinaryOperatorTest, RootEval_AnIndexWithin1e14OfAnOddIntegerCounts) {
     EXPECT_SAME_REAL(RealOf(NoxRootExpr, -8.0, v), -std::pow(u, 1.0 / v));
 }
 
+// The tolerance is the global NoxAbsPrecision as it stands at the call; set here to
+// binary fractions so that the comparisons meet it exactly.
+TEST_F(BinaryOperatorTest, RootEval_ComparesWithTheToleranceStrictly) {
+    const double saved = NoxAbsPrecision;
+    NoxAbsPrecision = 0x1p-40;
+    volatile double u = 1.0, v = 3.0 + 0x1p-40, w = 0x1p-40;
+    const double atTolerance = RealOf(NoxRootExpr, -8.0, v);
+    const double indexAtTolerance = RealOf(NoxRootExpr, u, w);
+    const double indexBelow = RealOf(NoxRootExpr, u, 0x1p-41);
+    NoxAbsPrecision = saved;
+    EXPECT_SAME_REAL(atTolerance, 0.0);                            // |k - v| = eps
+    EXPECT_SAME_REAL(indexAtTolerance, std::pow(u, 1.0 / w));      // eps = |v|
+    EXPECT_SAME_REAL(indexBelow, 0.0);                             // eps > |v|
+}
+
 // ---- Real evaluation: modulo ----
 
 TEST_F(BinaryOperatorTest, ModEval_IsTheRemainderWithTheSignOfTheDividend) {
@@ -490,10 +506,11 @@ TEST_F(BinaryOperatorTest, PowerGradient_WithANegativeBaseIsNaN) {
 // ---- Gradient: root ----
 
 TEST_F(BinaryOperatorTest, RootGradient_TreatsTheIndexAsAConstant) {
-    volatile double u = 8.0, v = 3.0, gu0 = 1.0, gu1 = -0.5, gu2 = 0.0;
+    volatile double u = 4.12, v = 4.47, gu0 = 1.0, gu1 = -0.5, gu2 = 0.0;
     StubNode *n = Stub(1, v, {9.0, 9.0, 9.0});
     NoxExpression *node = Node(NoxRootExpr, Stub(0, u, {gu0, gu1, gu2}), n);
     const double root = std::pow(u, 1.0 / v), fct = root / (v * u);
+    ASSERT_NE(fct, root / v / u); // the order of the division shows
     ExpectSameGradient(GradientOverSentinel(node), {fct * gu0, fct * gu1, fct * gu2});
     EXPECT_EQ(n->gradientCalls, 0);
     EXPECT_EQ(log, (std::vector<int>{0, 1}));
