@@ -683,6 +683,24 @@ TEST_F(BinaryOperatorTest, QuotientDerivative_OfAChildWithoutDerivativeIsNull) {
     Created(4, NoxPowerExpr, {y, two});
 }
 
+// The list form of the product takes the null derivative of the divisor as a factor, as
+// the rule lists it; evaluation then skips that factor.
+TEST_F(BinaryOperatorTest, QuotientDerivative_OfADivisorWithoutDerivativeHoldsANullFactor) {
+    NoxExpression *mod = f.CreateMod(x, y);
+    NoxExpression *node = f.CreateQuotient(x, mod);
+    before = f.ExpressionCount();
+    NoxExpression *d = node->Differentiate(x);
+    ASSERT_EQ(f.ExpressionCount(), before + 8);
+    NoxExpression *a = CreatedConstant(0, NoxRealType, 1.0);
+    NoxExpression *t1 = Created(1, NoxProductExpr, {a, mod});
+    NoxExpression *m = CreatedConstant(2, NoxRealType, -1.0);
+    NoxExpression *t2 = Created(3, NoxProductExpr, {m, x, nullptr});
+    NoxExpression *num = Created(4, NoxSumExpr, {t1, t2});
+    NoxExpression *two = CreatedConstant(5, NoxIntegerType, 2.0);
+    NoxExpression *den = Created(6, NoxPowerExpr, {mod, two});
+    EXPECT_EQ(d, Created(7, NoxQuotientExpr, {num, den}));
+}
+
 // ---- Allocation ----
 
 TEST_F(BinaryOperatorTest, Evaluation_AllocatesNothing) {
