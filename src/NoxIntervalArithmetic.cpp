@@ -154,6 +154,35 @@ NoxRealInterval RemaindersOfQuotient(const NoxEnvironment &env, const NoxRealInt
     return Normalise(x.lower - kd * d.upper, x.upper - kd * d.lower);
 }
 
+// Rounds of the positive modulo whose divisor set is certainly empty: for k >= 1 the
+// divisors of quotient k lie in T = [x.upper/(k+1) - eps, x.upper/k], which falls as k
+// grows. A T lying more than 1 (beyond every snapping tolerance of NoxIntersect, at most
+// 0.05) above or below |b| meets nothing, so the round gives the nil divisor set, adds
+// nothing to the enclosure, and takes the same stop decision as the round before it.
+bool DivisorsWhollyAbove(const NoxRealInterval &x, const NoxRealInterval &divisor,
+                         std::int64_t k) {
+    return x.upper / static_cast<double>(k + 1) - NoxAbsPrecision > divisor.upper + 1.0;
+}
+
+bool DivisorsWhollyBelow(const NoxRealInterval &x, const NoxRealInterval &divisor,
+                         std::int64_t k) {
+    return x.upper / static_cast<double>(k) < divisor.lower - 1.0;
+}
+
+// The last quotient in [k, last] whose divisors lie wholly above |b|, when k's do: the
+// test is monotone in k, so a binary search finds it.
+std::int64_t LastWhollyAbove(const NoxRealInterval &x, const NoxRealInterval &divisor,
+                             std::int64_t k, std::int64_t last) {
+    while (k < last) {
+        const std::int64_t mid = k + (last - k + 1) / 2;
+        if (DivisorsWhollyAbove(x, divisor, mid))
+            k = mid;
+        else
+            last = mid - 1;
+    }
+    return k;
+}
+
 // Modulo of x, a part of [0, inf), by b: the remainders of every quotient k, each cut to
 // the trivial enclosure and united. The loop ends by clearing the whole error code, on
 // purpose: an empty set of divisors for one k is not a failure of the modulo.
@@ -180,6 +209,14 @@ NoxRealInterval PositiveMod(const NoxEnvironment &env, const NoxRealInterval &x,
         acc = NoxUnite(acc, NoxIntersect(r0, m, eps), eps);
         if (acc.lower == 0 && acc.upper >= std::min(d.upper, r0.upper))
             break;
+        // After a round that met nothing and did not stop, the rounds that meet nothing
+        // as well change nothing and do not stop: the loop goes on at the first quotient
+        // whose divisors can meet |b|, and ends once they have all passed below it. The
+        // enclosure is the one the full walk gives (up to 2^31 rounds otherwise).
+        if (k > 0 && DivisorsWhollyBelow(x, divisor, k))
+            break;
+        if (k > 0 && DivisorsWhollyAbove(x, divisor, k))
+            k = LastWhollyAbove(x, divisor, k, q.upper);
     }
     env.ClearError();
     return acc;
