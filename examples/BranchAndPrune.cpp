@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cmath>
 #include <numeric>
+#include <set>
 #include <utility>
 
 namespace solver {
@@ -53,6 +54,49 @@ bool Enclose(NoxExpression *e, const NoxEnvironment &env, NoxRealInterval &r) {
     return !IsNil(r);
 }
 
+// True when every node of e is continuously differentiable where defined, so that the
+// mean value theorem, on which the Newton step rests, holds over a box. Steps (ceil,
+// floor, round, mod), kinks (abs, min, max), logic and black boxes do not qualify, nor
+// does a graph with a missing child.
+bool Smooth(NoxExpression *e, std::set<NoxExpression *> &seen) {
+    if (!e)
+        return false;
+    if (!seen.insert(e).second)
+        return true;
+    switch (e->GetType()) {
+    case NoxVariableExpr:
+    case NoxConstantExpr:
+    case NoxSumExpr:
+    case NoxProductExpr:
+    case NoxQuotientExpr:
+    case NoxPowerExpr:
+    case NoxRootExpr:
+    case NoxSqrtExpr:
+    case NoxLogExpr:
+    case NoxLnExpr:
+    case NoxExpExpr:
+    case NoxSinExpr:
+    case NoxCosExpr:
+    case NoxTanExpr:
+    case NoxAsinExpr:
+    case NoxAcosExpr:
+    case NoxAtanExpr:
+    case NoxSinhExpr:
+    case NoxCoshExpr:
+    case NoxTanhExpr:
+    case NoxASinhExpr:
+    case NoxACoshExpr:
+    case NoxATanhExpr:
+        break;
+    default:
+        return false;
+    }
+    for (int i = 0; i < e->GetNbOfChildren(); ++i)
+        if (!Smooth(e->GetChild(i), seen))
+            return false;
+    return true;
+}
+
 } // namespace
 
 double Width(const Box &box) {
@@ -67,10 +111,27 @@ BranchAndPrune::BranchAndPrune(NoxFactory &f, std::vector<NoxExpression *> eqs,
     : factory(f), equations(std::move(eqs)), variables(std::move(vars)) {
     // Every derivative node is made now, before the first evaluation, so that the
     // evaluation buffers are sized once.
+    // Equations that are not smooth get no derivatives: their Newton step could throw
+    // solutions away.
     derivatives.resize(equations.size());
-    for (std::size_t i = 0; i < equations.size(); ++i)
-        for (NoxVariable *v : variables)
-            derivatives[i].push_back(equations[i]->Differentiate(v));
+    symbolic.resize(equations.size());
+    for (std::size_t i = 0; i < equations.size(); ++i) {
+        std::set<NoxExpression *> seen;
+        const bool smooth = Smooth(equations[i], seen);
+        for (NoxVariable *v : variables) {
+            NoxExpression *d = equations[i]->Differentiate(v);
+            symbolic[i].push_back(d);
+            seen.clear();
+            derivatives[i].push_back(smooth && Smooth(d, seen) ? d : nullptr);
+        }
+    }
+}
+
+bool BranchAndPrune::Narrows(int i) const {
+    for (NoxExpression *d : derivatives[static_cast<std::size_t>(i)])
+        if (d)
+            return true;
+    return false;
 }
 
 void BranchAndPrune::Load(const Box &box) {

@@ -57,8 +57,11 @@ public:
     Result Solve(const Box &domain, const Options &options);
 
     /// The partial derivative of equation i with respect to variable j as built by
-    /// Differentiate (null when the library gives none, e.g. for abs, min, max, mod).
-    NoxExpression *Derivative(int i, int j) const { return derivatives[i][j]; }
+    /// Differentiate (null when the library gives none, e.g. for min, max, mod).
+    NoxExpression *Derivative(int i, int j) const { return symbolic[i][j]; }
+    /// False when equation i takes no Newton step: it is not smooth (abs, min, max, mod,
+    /// ceil, floor, round) or a derivative is missing.
+    bool Narrows(int i) const;
 
 private:
     // Gives every variable its interval of the box.
@@ -71,7 +74,10 @@ private:
     NoxFactory &factory;
     std::vector<NoxExpression *> equations;
     std::vector<NoxVariable *> variables;
+    // The derivatives the Newton step uses: null for an equation that is not smooth.
     std::vector<std::vector<NoxExpression *>> derivatives;
+    // Every derivative as Differentiate built it.
+    std::vector<std::vector<NoxExpression *>> symbolic;
 };
 
 /// The largest side of a box.

@@ -101,6 +101,10 @@ bool Run(const System &system, const solver::Options &options) {
     }
 
     solver::BranchAndPrune bp(factory, equations, variables);
+    for (std::size_t i = 0; i < equations.size(); ++i)
+        if (!bp.Narrows(static_cast<int>(i)))
+            std::printf("  (e%zu is not smooth or has no derivative: no Newton step, bisection "
+                        "only)\n", i + 1);
     const auto start = std::chrono::steady_clock::now();
     const solver::Result result = bp.Solve(domain, options);
     const double seconds =
@@ -120,6 +124,19 @@ bool Run(const System &system, const solver::Options &options) {
         std::printf("  solution %zu:\n", s + 1);
         for (std::size_t j = 0; j < variables.size(); ++j)
             std::printf("    %s in %s\n", variables[j]->GetName().c_str(), Interval(box[j]).c_str());
+        // A box kept only because an enclosure over it is unbounded or wide (a pole, a
+        // jump) is said so: it holds no proof of a zero.
+        for (std::size_t j = 0; j < variables.size(); ++j)
+            variables[j]->SetValue(NoxValue(box[j]), nullptr);
+        for (std::size_t i = 0; i < equations.size(); ++i) {
+            env.ClearError();
+            const NoxValue &v = equations[i]->GetValue();
+            const NoxRealInterval r = v.GetAsRealInterval();
+            env.ClearError();
+            if (NoxIsInfinite(r) || NoxWidth(r) > 1.0)
+                std::printf("    (undecided: e%zu over this box spans %s, a pole or a jump)\n",
+                            i + 1, Interval(r).c_str());
+        }
         // The gradient is a real computation: the variables take the midpoints as reals.
         for (std::size_t j = 0; j < variables.size(); ++j)
             variables[j]->SetValue(NoxValue(NoxMiddle(box[j])), nullptr);
