@@ -112,7 +112,9 @@ NOX_API unsigned char NoxIsExact(const NoxRealInterval &a, double tol);
 
 // Measures.
 
-/// upper - lower, clamped to +-NoxMaxInteger.
+/// upper + (-lower) through the saturating addition: NoxMaxInteger or -NoxMaxInteger
+/// when -lower is positive or not and the sum passes that limit; otherwise the plain
+/// difference (so [0, INT_MAX] gives INT_MAX).
 NOX_API int NoxWidth(const NoxIntegerInterval &a);
 /// upper - lower; no clamping, negative for an inverted interval.
 NOX_API double NoxWidth(const NoxRealInterval &a);

@@ -571,3 +571,8 @@ TEST(IntervalHelpers, ResultKindTableIsSymmetricAndHasItsListedRows) {
     EXPECT_EQ(NoxResultKind(static_cast<NoxValueType>(8), NoxIntegerType), NoxUndefinedType);
     EXPECT_EQ(NoxResultKind(NoxIntegerType, static_cast<NoxValueType>(-1)), NoxUndefinedType);
 }
+
+TEST(IntervalMeasures, IntegerWidthClampsOnlyThroughTheSaturatingTest) {
+    // -lower is 0: the upward test never fires, and INT_MAX comes back as it is.
+    EXPECT_EQ(NoxWidth(I(0, INT_MAX)), INT_MAX);
+}
