@@ -38,7 +38,7 @@ using noxformula::Generator;
 using noxformula::Options;
 
 constexpr std::uint64_t kBaseSeed = 0x6e6f78u;
-constexpr int kFormulas = 300;
+constexpr int kFormulas = 500;
 constexpr int kPointsPerFormula = 3;
 constexpr int kBoxesPerFormula = 4;
 constexpr int kSamplesPerBox = 24;
@@ -57,7 +57,7 @@ struct Model {
         for (int i = 0; i < n; ++i)
             vars.push_back(factory.CreateVariable());
         generator = std::make_unique<Generator>(factory, vars, seed, options);
-        root = generator->Grow(4 + static_cast<int>(rng() % 45));
+        root = generator->Grow(4 + static_cast<int>(rng() % 76));
     }
 
     int Size() const { return static_cast<int>(vars.size()); }
