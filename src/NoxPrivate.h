@@ -150,4 +150,55 @@ inline double NoxRealAcosh(double x) { return std::log(x + std::sqrt(x * x - 1))
 /// 0.5 * (ln(1 + x) - ln(1 - x)).
 inline double NoxRealAtanh(double x) { return 0.5 * (std::log(1 + x) - std::log(1 - x)); }
 
+// ---- Gradients of the one-child operator nodes ----
+
+/// How a gradient entry is formed from the child's entry gu[k] and the node's factor f.
+enum class NoxGradientCombine {
+    Times,      // f * gu[k]
+    MinusTimes, // -0.0 - f * gu[k]
+    Over,       // gu[k] / f
+    MinusOver   // -0.0 - gu[k] / f
+};
+
+/// The factor of a node's gradient at the child's current value, how it combines with
+/// the child's gradient, and whether a guard holds (then the gradient is all zeros).
+struct NoxGradientRule {
+    double factor;
+    NoxGradientCombine combine;
+    bool zero;
+};
+
+/// Writes the n entries of a one-child node's gradient by `rule`. Under a guard the
+/// entries are zeros and the child's gradient is not fetched; a child without a gradient
+/// leaves `grad` untouched. `Node` is the expression class, complete where this is used.
+template <class Node>
+void NoxApplyGradientRule(const NoxGradientRule &rule, Node *child, double *grad, int n) {
+    if (rule.zero) {
+        std::fill(grad, grad + n, 0.0);
+        return;
+    }
+    const double *gu = child->GetGradient();
+    if (!gu)
+        return;
+    const double f = rule.factor;
+    switch (rule.combine) {
+    case NoxGradientCombine::Times:
+        for (int k = 0; k < n; ++k)
+            grad[k] = f * gu[k];
+        break;
+    case NoxGradientCombine::MinusTimes:
+        for (int k = 0; k < n; ++k)
+            grad[k] = -0.0 - f * gu[k];
+        break;
+    case NoxGradientCombine::Over:
+        for (int k = 0; k < n; ++k)
+            grad[k] = gu[k] / f;
+        break;
+    case NoxGradientCombine::MinusOver:
+        for (int k = 0; k < n; ++k)
+            grad[k] = -0.0 - gu[k] / f;
+        break;
+    }
+}
+
 #endif

@@ -10,50 +10,7 @@
 
 namespace {
 
-// How a gradient entry is formed from the child's entry gu[k] and the node's factor f.
-enum class Combine {
-    Times,      // f * gu[k]
-    MinusTimes, // -0.0 - f * gu[k]
-    Over,       // gu[k] / f
-    MinusOver   // -0.0 - gu[k] / f
-};
-
-// The factor of a node's gradient at the child's current value, how it combines with
-// the child's gradient, and whether a guard holds (then the gradient is all zeros).
-struct GradientRule {
-    double factor;
-    Combine combine;
-    bool zero;
-};
-
-void ApplyGradientRule(const GradientRule &rule, NoxExpression *child, double *grad, int n) {
-    if (rule.zero) {
-        std::fill(grad, grad + n, 0.0);
-        return;
-    }
-    const double *gu = child->GetGradient();
-    if (!gu)
-        return;
-    const double f = rule.factor;
-    switch (rule.combine) {
-    case Combine::Times:
-        for (int k = 0; k < n; ++k)
-            grad[k] = f * gu[k];
-        break;
-    case Combine::MinusTimes:
-        for (int k = 0; k < n; ++k)
-            grad[k] = -0.0 - f * gu[k];
-        break;
-    case Combine::Over:
-        for (int k = 0; k < n; ++k)
-            grad[k] = gu[k] / f;
-        break;
-    case Combine::MinusOver:
-        for (int k = 0; k < n; ++k)
-            grad[k] = -0.0 - gu[k] / f;
-        break;
-    }
-}
+using Combine = NoxGradientCombine;
 
 // a * e^2 + b through the factory, the coefficients as real values held for the call.
 NoxExpression *Quadratic(NoxFactory *factory, double a, NoxExpression *e, double b) {
@@ -233,7 +190,7 @@ void NoxTrigonometricOperator::DoEvalGradient(double *grad) {
     if (!children || !grad)
         return;
     NoxExpression *c = children[0];
-    GradientRule rule;
+    NoxGradientRule rule;
     switch (type) {
     case NoxSinExpr:
         rule = {std::cos(c->Eval()), Combine::Times, false};
@@ -290,7 +247,7 @@ void NoxTrigonometricOperator::DoEvalGradient(double *grad) {
     default: // Not served: nothing is written.
         return;
     }
-    ApplyGradientRule(rule, c, grad, GetNbOfVariables());
+    NoxApplyGradientRule(rule, c, grad, GetNbOfVariables());
 }
 
 // The Hessian of a trigonometric node is its child's, for every type: the second

@@ -2,6 +2,7 @@
 #include "NoxOperators.h"
 
 #include "NoxFactory.h"
+#include "NoxPrivate.h"
 #include "NoxValueFunctions.h"
 
 #include <algorithm>
@@ -14,25 +15,13 @@ double Sign(double u) { return u > 0.0 ? 1.0 : (u < 0.0 ? -1.0 : 0.0); }
 
 // grad[k] = factor * gu[k] over the child's gradient gu.
 void ScaleChildGradient(NoxExpression *child, double factor, double *grad, int n) {
-    const double *gu = child->GetGradient();
-    if (!gu)
-        return;
-    for (int k = 0; k < n; ++k)
-        grad[k] = factor * gu[k];
+    NoxApplyGradientRule({factor, NoxGradientCombine::Times, false}, child, grad, n);
 }
 
 // grad[k] = gu[k] / d, one division per entry. A denominator of exactly 0.0 gives an
 // all-zero gradient instead, without fetching the child's gradient.
 void DivideChildGradient(NoxExpression *child, double d, double *grad, int n) {
-    if (d == 0.0) {
-        std::fill(grad, grad + n, 0.0);
-        return;
-    }
-    const double *gu = child->GetGradient();
-    if (!gu)
-        return;
-    for (int k = 0; k < n; ++k)
-        grad[k] = gu[k] / d;
+    NoxApplyGradientRule({d, NoxGradientCombine::Over, d == 0.0}, child, grad, n);
 }
 
 } // namespace
