@@ -19,8 +19,6 @@
 #include "NoxFuzzInput.h"
 
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <deque>
 #include <string>
 #include <unordered_map>
@@ -33,15 +31,6 @@ constexpr int kDeepest = 120;
 constexpr int kMostNodes = 1500;
 constexpr int kMostVariables = 8;
 constexpr std::size_t kMostBoxes = 40;
-
-// Stops the run on a broken property, naming its line, so that libFuzzer records the
-// input.
-void Require(bool property, int line = __builtin_LINE()) {
-    if (property)
-        return;
-    std::fprintf(stderr, "broken property at %s:%d\n", __FILE__, line);
-    std::abort();
-}
 
 /// A factory that shows its node count and its protected builders.
 class FuzzFactory : public NoxFactory {
@@ -183,18 +172,10 @@ private:
             return NoxValue(in.RealInterval());
         case 7:
             return NoxValue(in.Boolean());
-        case 8: {
-            NoxValue v(NoxIntegerEnumType);
-            const std::vector<int> list = in.Ints(24);
-            v.Set(static_cast<int>(list.size()), list.data());
-            return v;
-        }
-        default: {
-            NoxValue v(NoxRealEnumType);
-            const std::vector<double> list = in.Reals(24);
-            v.Set(static_cast<int>(list.size()), list.data());
-            return v;
-        }
+        case 8:
+            return in.IntegerEnumValue(24);
+        default:
+            return in.RealEnumValue(24);
         }
     }
 

@@ -7,6 +7,7 @@
 
 #include <NoxInterval.h>
 #include <NoxTypes.h>
+#include <NoxValue.h>
 
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -14,9 +15,21 @@
 #include <climits>
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <vector>
+
+// Stops the run on a broken property, naming the line of the caller, so that libFuzzer
+// records the input.
+inline void Require(bool property, const char *file = __builtin_FILE(),
+                    int line = __builtin_LINE()) {
+    if (property)
+        return;
+    std::fprintf(stderr, "broken property at %s:%d\n", file, line);
+    std::abort();
+}
 
 class NoxFuzzInput {
 public:
@@ -206,7 +219,19 @@ public:
         return v;
     }
 
+    /// An enumeration value of integers: the list of Ints(longest).
+    NoxValue IntegerEnumValue(int longest) { return EnumValue(NoxIntegerEnumType, Ints(longest)); }
+
+    /// An enumeration value of reals: the list of Reals(longest).
+    NoxValue RealEnumValue(int longest) { return EnumValue(NoxRealEnumType, Reals(longest)); }
+
 private:
+    template <class T> static NoxValue EnumValue(NoxValueType kind, const std::vector<T> &list) {
+        NoxValue v(kind);
+        v.Set(static_cast<int>(list.size()), list.data());
+        return v;
+    }
+
     FuzzedDataProvider in;
 };
 

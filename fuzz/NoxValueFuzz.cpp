@@ -17,8 +17,6 @@
 #include "NoxFuzzInput.h"
 
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <vector>
 
 namespace {
@@ -28,15 +26,6 @@ constexpr long kLargestProduct = 4096;
 constexpr int kLargestEnumSize = 400;
 constexpr int kValues = 4;
 constexpr int kEnums = 2;
-
-// Stops the run on a broken property, naming its line, so that libFuzzer records the
-// input.
-void Require(bool property, int line = __builtin_LINE()) {
-    if (property)
-        return;
-    std::fprintf(stderr, "broken property at %s:%d\n", __FILE__, line);
-    std::abort();
-}
 
 long MemberCount(const NoxValue &v) {
     switch (v.GetType()) {
@@ -112,18 +101,10 @@ private:
             return NoxValue(IntegerEnum());
         case 7:
             return NoxValue(RealEnum());
-        case 8: {
-            NoxValue v(NoxIntegerEnumType);
-            const std::vector<int> list = in.Ints(kLongestList);
-            v.Set(static_cast<int>(list.size()), list.data());
-            return v;
-        }
-        case 9: {
-            NoxValue v(NoxRealEnumType);
-            const std::vector<double> list = in.Reals(kLongestList);
-            v.Set(static_cast<int>(list.size()), list.data());
-            return v;
-        }
+        case 8:
+            return in.IntegerEnumValue(kLongestList);
+        case 9:
+            return in.RealEnumValue(kLongestList);
         case 10: {
             NoxValue v(in.Kind());
             v.SetIndefinite();
@@ -132,6 +113,13 @@ private:
         default:
             return Value();
         }
+    }
+
+    // Sets v from a list, or from a count or array the input may spoil (a count of zero
+    // or less, a null array).
+    template <class T> void SetList(NoxValue &v, const std::vector<T> &list) {
+        v.Set(in.Flag() ? static_cast<int>(list.size()) : in.Range(-3, 0),
+              in.Flag() ? list.data() : nullptr);
     }
 
     // Binary combinations of enumerations insert every pair of members.
@@ -477,18 +465,12 @@ private:
             v.Set(IntegerEnum());
             v.Set(RealEnum());
             break;
-        case 6: {
-            const std::vector<int> list = in.Ints(kLongestList);
-            v.Set(in.Flag() ? static_cast<int>(list.size()) : in.Range(-3, 0),
-                  in.Flag() ? list.data() : nullptr);
+        case 6:
+            SetList(v, in.Ints(kLongestList));
             break;
-        }
-        case 7: {
-            const std::vector<double> list = in.Reals(kLongestList);
-            v.Set(in.Flag() ? static_cast<int>(list.size()) : in.Range(-3, 0),
-                  in.Flag() ? list.data() : nullptr);
+        case 7:
+            SetList(v, in.Reals(kLongestList));
             break;
-        }
         case 8:
             v.Set(in.Boolean());
             break;
