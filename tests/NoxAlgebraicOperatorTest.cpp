@@ -18,18 +18,11 @@
 
 namespace {
 
-std::uint64_t Bits(double x) {
-    std::uint64_t b;
-    std::memcpy(&b, &x, sizeof b);
-    return b;
-}
-
-// Reals compared bit for bit (NaN equals the same NaN, 0.0 differs from -0.0).
-#define EXPECT_SAME_REAL(actual, expected)                                                     \
-    EXPECT_EQ(Bits(actual), Bits(expected)) << (actual) << " vs " << (expected)
+using nox_test::Bits;
+using nox_test::ExpectSameValue;
+using nox_test::kNaN;
 
 constexpr double kSentinel = -123.25;
-const double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 using Matrix = std::vector<std::vector<double>>;
 using ValueFunction = NoxValue (*)(const NoxEnvironment &, const NoxValue &, const NoxValue &);
@@ -171,28 +164,6 @@ protected:
     NoxVariable *y = nullptr;
     NoxVariable *z = nullptr;
 };
-
-void ExpectSameValue(const NoxValue &actual, const NoxValue &expected) {
-    ASSERT_EQ(actual.GetType(), expected.GetType());
-    switch (actual.GetType()) {
-    case NoxIntegerType:
-        EXPECT_EQ(actual.GetAsInteger(), expected.GetAsInteger());
-        break;
-    case NoxRealType:
-        EXPECT_SAME_REAL(actual.GetAsReal(), expected.GetAsReal());
-        break;
-    case NoxIntegerIntervalType:
-        EXPECT_EQ(actual.GetAsIntegerInterval().lower, expected.GetAsIntegerInterval().lower);
-        EXPECT_EQ(actual.GetAsIntegerInterval().upper, expected.GetAsIntegerInterval().upper);
-        break;
-    case NoxRealIntervalType:
-        EXPECT_SAME_REAL(actual.GetAsRealInterval().lower, expected.GetAsRealInterval().lower);
-        EXPECT_SAME_REAL(actual.GetAsRealInterval().upper, expected.GetAsRealInterval().upper);
-        break;
-    default:
-        break;
-    }
-}
 
 } // namespace
 

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "NoxTestAllocator.h"
+#include "NoxTestSupport.h"
 
 // ---- Allocation control ----
 //
@@ -29,11 +30,8 @@ namespace {
 using nox_test::AllocationFailure;
 using nox_test::AllocationForms;
 
-std::uint64_t Bits(double x) {
-    std::uint64_t b;
-    std::memcpy(&b, &x, sizeof b);
-    return b;
-}
+using nox_test::Bits;
+using nox_test::Entries;
 
 // Records built entry by entry, without going through Insert.
 NoxIntegerEnum IntList(std::initializer_list<int> entries) {
@@ -64,20 +62,6 @@ NoxRealEnum RealRange(double lo, double hi) {
     NoxRealEnum e(NoxEnumNil);
     e.SetAsRealInterval(NoxRealInterval{lo, hi});
     return e;
-}
-
-std::vector<int> Entries(const NoxIntegerEnum &e) {
-    std::vector<int> v;
-    for (int i = 0; i < e.GetSize(); ++i)
-        v.push_back(e.Get(i));
-    return v;
-}
-
-std::vector<double> Entries(const NoxRealEnum &e) {
-    std::vector<double> v;
-    for (int i = 0; i < e.GetSize(); ++i)
-        v.push_back(e.Get(i));
-    return v;
 }
 
 void ExpectRealEntries(const NoxRealEnum &e, std::initializer_list<double> expected) {

@@ -1,11 +1,15 @@
-// Test helpers for the expression tests: a black box that counts its evaluations and a
-// factory that exposes its protected members.
+// Test helpers for the expression tests: a black box that counts its evaluations, a
+// factory that exposes its protected members, and checks of the nodes built.
 #ifndef NOX_EXPRESSION_TEST_SUPPORT_H
 #define NOX_EXPRESSION_TEST_SUPPORT_H
 
 #include <NoxBlackBox.h>
 #include <NoxExpression.h>
 #include <NoxFactory.h>
+
+#include "NoxTestSupport.h"
+
+#include <gtest/gtest.h>
 
 #include <functional>
 #include <utility>
@@ -75,5 +79,33 @@ public:
 
 /// Sets a variable to a real value, refreshing every registered expression.
 inline void SetReal(NoxVariable *x, double v) { x->SetValue(NoxValue(v), nullptr); }
+
+/// No node of the graph below `node` lists some children but misses others, as a factor
+/// list holding a null entry would. (A node whose child array could not be allocated has
+/// no child at all; that is the factory's own fallback.)
+inline bool HasNoMissingFactor(const NoxExpression *node) {
+    int missing = 0;
+    for (int i = 0; i < node->GetNbOfChildren(); ++i) {
+        const NoxExpression *child = node->GetChild(i);
+        if (!child)
+            ++missing;
+        else if (!HasNoMissingFactor(child))
+            return false;
+    }
+    return missing == 0 || missing == node->GetNbOfChildren();
+}
+
+/// A constant node of the given kind whose real reading is v (bit for bit, or both NaN).
+inline void ExpectConstant(const NoxExpression *node, NoxValueType kind, double v) {
+    ASSERT_NE(node, nullptr);
+    EXPECT_EQ(node->GetType(), NoxConstantExpr);
+    EXPECT_EQ(node->GetExprValue().GetType(), kind);
+    EXPECT_TRUE(nox_test::SameDouble(node->GetExprValue().GetAsReal(), v));
+}
+
+/// A real constant node whose reading is v.
+inline void ExpectRealConstant(const NoxExpression *node, double v) {
+    ExpectConstant(node, NoxRealType, v);
+}
 
 #endif

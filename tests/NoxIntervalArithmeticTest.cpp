@@ -1,6 +1,7 @@
 #include <NoxIntervalFunctions.h>
 
 #include "NoxPrivate.h"
+#include "NoxTestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -20,24 +21,13 @@
 
 namespace {
 
-std::uint64_t Bits(double x) {
-    std::uint64_t b;
-    std::memcpy(&b, &x, sizeof b);
-    return b;
-}
-
-NoxRealInterval R(double lo, double hi) { return NoxRealInterval{lo, hi}; }
-NoxIntegerInterval I(int lo, int hi) { return NoxIntegerInterval{lo, hi}; }
-
-void ExpectReal(const NoxRealInterval &r, double lo, double hi) {
-    EXPECT_EQ(Bits(r.lower), Bits(lo)) << r.lower << " vs " << lo;
-    EXPECT_EQ(Bits(r.upper), Bits(hi)) << r.upper << " vs " << hi;
-}
-
-void ExpectInteger(const NoxIntegerInterval &r, int lo, int hi) {
-    EXPECT_EQ(r.lower, lo);
-    EXPECT_EQ(r.upper, hi);
-}
+using nox_test::Bits;
+using nox_test::ExpectInteger;
+using nox_test::ExpectReal;
+using nox_test::I;
+using nox_test::kInf;
+using nox_test::kNaN;
+using nox_test::R;
 
 void ExpectRealNil(const NoxRealInterval &r) { ExpectReal(r, NoxMaxReal, -NoxMaxReal); }
 void ExpectRealAny(const NoxRealInterval &r) { ExpectReal(r, -NoxMaxReal, NoxMaxReal); }
@@ -48,8 +38,6 @@ void ExpectIntegerAny(const NoxIntegerInterval &r) {
     ExpectInteger(r, -NoxMaxInteger, NoxMaxInteger);
 }
 
-const double kNaN = std::numeric_limits<double>::quiet_NaN();
-const double kInf = std::numeric_limits<double>::infinity();
 const double kEps = 1e-14; // NoxAbsPrecision
 
 // 3 - NoxScaledTolerance(3, eps), the top of the trivial remainder enclosure for a

@@ -6,6 +6,8 @@
 
 #include <NoxInterval.h>
 
+#include "NoxTestSupport.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -16,30 +18,9 @@
 
 namespace nox_test {
 
-inline std::uint64_t Bits(double x) {
-    std::uint64_t b;
-    std::memcpy(&b, &x, sizeof b);
-    return b;
-}
-
-inline NoxRealInterval R(double lo, double hi) { return NoxRealInterval{lo, hi}; }
-
-/// Both bounds equal bit for bit (NaN equals the same NaN).
-inline void ExpectReal(const NoxRealInterval &r, double lo, double hi) {
-    EXPECT_EQ(Bits(r.lower), Bits(lo)) << r.lower << " vs " << lo;
-    EXPECT_EQ(Bits(r.upper), Bits(hi)) << r.upper << " vs " << hi;
-}
-
-inline void ExpectReal(const NoxRealInterval &r, const NoxRealInterval &e) {
-    ExpectReal(r, e.lower, e.upper);
-}
-
 inline void ExpectNil(const NoxRealInterval &r) { ExpectReal(r, NoxMaxReal, -NoxMaxReal); }
 
 inline void ExpectAny(const NoxRealInterval &r) { ExpectReal(r, -NoxMaxReal, NoxMaxReal); }
-
-const double kNaN = std::numeric_limits<double>::quiet_NaN();
-const double kInf = std::numeric_limits<double>::infinity();
 
 /// y lies in [r.lower, r.upper] up to `ulps` units in the last place of y, plus an
 /// absolute slack `abs` (magnitudes below NoxMinReal count as zero).

@@ -21,33 +21,9 @@ namespace {
 
 using ValueFunction = NoxValue (*)(const NoxEnvironment &, const NoxValue &);
 
-constexpr double kInf = std::numeric_limits<double>::infinity();
+using nox_test::kInf;
 
-// The same bits, or both NaN.
-bool SameDouble(double a, double b) {
-    if (std::isnan(a) && std::isnan(b))
-        return true;
-    std::uint64_t ba = 0;
-    std::uint64_t bb = 0;
-    std::memcpy(&ba, &a, sizeof a);
-    std::memcpy(&bb, &b, sizeof b);
-    return ba == bb;
-}
-
-// No node of the graph below `node` lists some children but misses others, as a factor
-// list holding a null entry would. (A node whose child array could not be allocated has
-// no child at all; that is the factory's own fallback.)
-bool HasNoMissingFactor(const NoxExpression *node) {
-    int missing = 0;
-    for (int i = 0; i < node->GetNbOfChildren(); ++i) {
-        const NoxExpression *child = node->GetChild(i);
-        if (!child)
-            ++missing;
-        else if (!HasNoMissingFactor(child))
-            return false;
-    }
-    return missing == 0 || missing == node->GetNbOfChildren();
-}
+using nox_test::SameDouble;
 
 // The C library functions on a volatile copy, so that the compiler cannot fold them.
 #define NOX_VOLATILE_CALL(name, call)                                                     \
@@ -187,17 +163,6 @@ protected:
     CountingBox boxFunction{[](const std::vector<double> &a) { return a[0] * a[0] * a[1]; }};
     NoxExpression *box = nullptr;
 };
-
-void ExpectConstant(const NoxExpression *node, NoxValueType kind, double v) {
-    ASSERT_NE(node, nullptr);
-    EXPECT_EQ(node->GetType(), NoxConstantExpr);
-    EXPECT_EQ(node->GetExprValue().GetType(), kind);
-    EXPECT_TRUE(SameDouble(node->GetExprValue().GetAsReal(), v));
-}
-
-void ExpectRealConstant(const NoxExpression *node, double v) {
-    ExpectConstant(node, NoxRealType, v);
-}
 
 // The power node e^2 (an integer constant exponent 2).
 void ExpectSquareOf(const NoxExpression *node, const NoxExpression *e) {

@@ -22,31 +22,7 @@ namespace {
 using RealFunction = double (*)(double);
 using ValueFunction = NoxValue (*)(const NoxEnvironment &, const NoxValue &);
 
-// The same bits, or both NaN.
-bool SameDouble(double a, double b) {
-    if (std::isnan(a) && std::isnan(b))
-        return true;
-    std::uint64_t ba = 0;
-    std::uint64_t bb = 0;
-    std::memcpy(&ba, &a, sizeof a);
-    std::memcpy(&bb, &b, sizeof b);
-    return ba == bb;
-}
-
-// No node of the graph below `node` lists some children but misses others, as a factor
-// list holding a null entry would. (A node whose child array could not be allocated has
-// no child at all; that is the factory's own fallback.)
-bool HasNoMissingFactor(const NoxExpression *node) {
-    int missing = 0;
-    for (int i = 0; i < node->GetNbOfChildren(); ++i) {
-        const NoxExpression *child = node->GetChild(i);
-        if (!child)
-            ++missing;
-        else if (!HasNoMissingFactor(child))
-            return false;
-    }
-    return missing == 0 || missing == node->GetNbOfChildren();
-}
+using nox_test::SameDouble;
 
 // The C library functions, applied to a volatile copy so that the compiler cannot fold
 // them: the expected values are what the library computes at run time.
@@ -128,14 +104,6 @@ protected:
     CountingBox boxFunction{[](const std::vector<double> &a) { return a[0] * a[0] * a[1]; }};
     NoxExpression *box = nullptr;
 };
-
-// The constant node's real reading and kind.
-void ExpectRealConstant(const NoxExpression *node, double v) {
-    ASSERT_NE(node, nullptr);
-    EXPECT_EQ(node->GetType(), NoxConstantExpr);
-    EXPECT_EQ(node->GetExprValue().GetType(), NoxRealType);
-    EXPECT_TRUE(SameDouble(node->GetExprValue().GetAsReal(), v));
-}
 
 } // namespace
 

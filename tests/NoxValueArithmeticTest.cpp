@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "NoxTestAllocator.h"
+#include "NoxTestSupport.h"
 
 // ---- Allocation accounting: the shared test allocator counts what an operation
 // allocates. ----
@@ -30,14 +31,8 @@ namespace {
 
 // ---- Helpers ----
 
-std::uint64_t Bits(double x) {
-    std::uint64_t b;
-    std::memcpy(&b, &x, sizeof b);
-    return b;
-}
-
-// Reals compared bit for bit (NaN equals the same NaN, 0.0 differs from -0.0).
-#define EXPECT_SAME_REAL(actual, expected) EXPECT_EQ(Bits(actual), Bits(expected)) << (actual) << " vs " << (expected)
+using nox_test::Bits;
+using nox_test::Entries;
 
 NoxValue IntegerList(std::initializer_list<int> members) {
     const std::vector<int> v(members);
@@ -65,30 +60,16 @@ NoxValue RealRange(double lo, double hi) {
     return NoxValue(e);
 }
 
-std::vector<int> Members(const NoxIntegerEnum &e) {
-    std::vector<int> v;
-    for (int i = 0; i < e.GetSize(); ++i)
-        v.push_back(e.Get(i));
-    return v;
-}
-
-std::vector<double> Members(const NoxRealEnum &e) {
-    std::vector<double> v;
-    for (int i = 0; i < e.GetSize(); ++i)
-        v.push_back(e.Get(i));
-    return v;
-}
-
 void ExpectIntegerList(const NoxValue &v, const std::vector<int> &expected) {
     ASSERT_EQ(v.GetType(), NoxIntegerEnumType);
     EXPECT_EQ(v.GetIntegerEnum().GetRep(), NoxEnumList);
-    EXPECT_EQ(Members(v.GetIntegerEnum()), expected);
+    EXPECT_EQ(Entries(v.GetIntegerEnum()), expected);
 }
 
 void ExpectRealList(const NoxValue &v, const std::vector<double> &expected) {
     ASSERT_EQ(v.GetType(), NoxRealEnumType);
     EXPECT_EQ(v.GetRealEnum().GetRep(), NoxEnumList);
-    const std::vector<double> actual = Members(v.GetRealEnum());
+    const std::vector<double> actual = Entries(v.GetRealEnum());
     ASSERT_EQ(actual.size(), expected.size());
     for (std::size_t i = 0; i < actual.size(); ++i)
         EXPECT_SAME_REAL(actual[i], expected[i]);

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "NoxTestAllocator.h"
+#include "NoxTestSupport.h"
 
 // ---- Allocation accounting ----
 //
@@ -59,19 +60,7 @@ NoxValue RealEnumValue(NoxEnumRep rep) { return NoxValue(NoxRealEnum(rep)); }
 
 // ---- Readers ----
 
-std::vector<int> Entries(const NoxIntegerEnum &e) {
-    std::vector<int> v;
-    for (int i = 0; i < e.GetSize(); ++i)
-        v.push_back(e.Get(i));
-    return v;
-}
-
-std::vector<double> Entries(const NoxRealEnum &e) {
-    std::vector<double> v;
-    for (int i = 0; i < e.GetSize(); ++i)
-        v.push_back(e.Get(i));
-    return v;
-}
+using nox_test::Entries;
 
 void ExpectIntList(const NoxValue &v, const std::vector<int> &expected) {
     ASSERT_EQ(v.GetType(), NoxIntegerEnumType);

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "NoxTestAllocator.h"
+#include "NoxTestSupport.h"
 
 // ---- Allocation accounting ----
 //
@@ -70,28 +71,14 @@ void ExpectOneReport(const ReportRecorder &r, int line) {
 
 // ---- Builders and readers ----
 
-std::uint64_t Bits(double x) {
-    std::uint64_t b;
-    std::memcpy(&b, &x, sizeof b);
-    return b;
-}
-
-void ExpectSameReal(double actual, double expected) {
-    EXPECT_EQ(Bits(actual), Bits(expected)) << actual << " vs " << expected;
-}
-
-void ExpectReal(const NoxRealInterval &r, double lo, double hi) {
-    ExpectSameReal(r.lower, lo);
-    ExpectSameReal(r.upper, hi);
-}
-
-void ExpectInteger(const NoxIntegerInterval &r, int lo, int hi) {
-    EXPECT_EQ(r.lower, lo);
-    EXPECT_EQ(r.upper, hi);
-}
-
-NoxIntegerInterval I(int lo, int hi) { return NoxIntegerInterval{lo, hi}; }
-NoxRealInterval R(double lo, double hi) { return NoxRealInterval{lo, hi}; }
+using nox_test::Bits;
+using nox_test::Entries;
+using nox_test::ExpectInteger;
+using nox_test::ExpectReal;
+using nox_test::ExpectSameReal;
+using nox_test::I;
+using nox_test::kNaN;
+using nox_test::R;
 
 NoxIntegerEnum IntegerList(const std::vector<int> &v) {
     NoxIntegerEnum e(NoxEnumNil);
@@ -133,28 +120,14 @@ NoxRealEnum RealEnumIn(NoxEnumRep rep) {
     return e;
 }
 
-std::vector<int> Elements(const NoxIntegerEnum &e) {
-    std::vector<int> v;
-    for (int i = 0; i < e.GetSize(); ++i)
-        v.push_back(e.Get(i));
-    return v;
-}
-
-std::vector<double> Elements(const NoxRealEnum &e) {
-    std::vector<double> v;
-    for (int i = 0; i < e.GetSize(); ++i)
-        v.push_back(e.Get(i));
-    return v;
-}
-
 void ExpectIntegerEnum(const NoxIntegerEnum &e, NoxEnumRep rep, const std::vector<int> &v) {
     EXPECT_EQ(e.GetRep(), rep);
-    EXPECT_EQ(Elements(e), v);
+    EXPECT_EQ(Entries(e), v);
 }
 
 void ExpectRealEnum(const NoxRealEnum &e, NoxEnumRep rep, const std::vector<double> &v) {
     EXPECT_EQ(e.GetRep(), rep);
-    const std::vector<double> actual = Elements(e);
+    const std::vector<double> actual = Entries(e);
     ASSERT_EQ(actual.size(), v.size());
     for (std::size_t i = 0; i < v.size(); ++i)
         ExpectSameReal(actual[i], v[i]);
@@ -177,7 +150,6 @@ int LowerIntegerOfReal(double x) {
     return v;
 }
 
-const double kNaN = std::numeric_limits<double>::quiet_NaN();
 const int kUnknownKinds[] = {-1, 8, 99};
 
 } // namespace
@@ -538,8 +510,8 @@ TEST(ValueSet, SetterOfAnotherKindIsIgnored) {
         for (const NoxValue &t : targets) {
             EXPECT_EQ(t.GetType(), original.GetType());
             ExpectSameReal(t.GetRealValue(), original.GetRealValue());
-            EXPECT_EQ(Elements(t.GetIntegerEnum()), Elements(original.GetIntegerEnum()));
-            EXPECT_EQ(Elements(t.GetRealEnum()), Elements(original.GetRealEnum()));
+            EXPECT_EQ(Entries(t.GetIntegerEnum()), Entries(original.GetIntegerEnum()));
+            EXPECT_EQ(Entries(t.GetRealEnum()), Entries(original.GetRealEnum()));
             EXPECT_EQ(t.GetIntegerEnum().GetRep(), original.GetIntegerEnum().GetRep());
             EXPECT_EQ(t.GetRealEnum().GetRep(), original.GetRealEnum().GetRep());
         }
@@ -1724,7 +1696,7 @@ TEST(ValueProperties, ConversionsAndAssignOnRandomValuesAreDefined) {
         ASSERT_TRUE(SameRealBits(src.GetRealValue(), realBefore) ||
                     std::isnan(src.GetRealValue()))
             << "round " << round;
-        ASSERT_EQ(Elements(src.GetIntegerEnum()), Elements(before.GetIntegerEnum()));
+        ASSERT_EQ(Entries(src.GetIntegerEnum()), Entries(before.GetIntegerEnum()));
 
         // An undefined source leaves the output's state as it was.
         if (src.GetType() == NoxUndefinedType) {
