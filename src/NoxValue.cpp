@@ -59,6 +59,49 @@ template <class Enum, class T> void SetList(Enum &e, int n, const T *values) {
         e.Set(i, values[i]);
 }
 
+// Which single-value marker a single integer or real is, nil asked first.
+enum class Marker { kNone, kNil, kAny };
+
+Marker MarkerOf(int v) {
+    if (NoxIsSingleIntegerNil(v))
+        return Marker::kNil;
+    return NoxIsSingleIntegerAny(v) ? Marker::kAny : Marker::kNone;
+}
+
+Marker MarkerOf(double x) {
+    if (NoxIsSingleRealNil(x))
+        return Marker::kNil;
+    return NoxIsSingleRealAny(x) ? Marker::kAny : Marker::kNone;
+}
+
+// The interval form of a single value: `nil` or `any` for its markers, else make(v).
+template <class Interval, class T, class Make>
+Interval IntervalOfSingle(T v, const Interval &nil, const Interval &any, Make make) {
+    switch (MarkerOf(v)) {
+    case Marker::kNil:
+        return nil;
+    case Marker::kAny:
+        return any;
+    default:
+        return make(v);
+    }
+}
+
+// Makes `e` nil or any for a single value's markers, else the list {element(v)}.
+template <class Enum, class T, class Element> void SetEnumOfSingle(Enum &e, T v, Element element) {
+    switch (MarkerOf(v)) {
+    case Marker::kNil:
+        e.SetNil();
+        break;
+    case Marker::kAny:
+        e.SetAny();
+        break;
+    default:
+        SetSingleElementList(e, element(v));
+        break;
+    }
+}
+
 // The single-integer form of an integer interval: nil when empty, the integer when
 // exact, any otherwise.
 int IntegerOfInterval(const NoxIntegerInterval &r) {
@@ -394,22 +437,13 @@ NoxIntegerInterval NoxValue::GetAsIntegerInterval() const {
     switch (type) {
     case NoxUndefinedType:
         return NoxInteger_Any;
-    case NoxIntegerType: {
-        const int v = LowerInteger();
-        if (NoxIsSingleIntegerNil(v))
-            return NoxInteger_Nil;
-        if (NoxIsSingleIntegerAny(v))
-            return NoxInteger_Any;
-        return NoxCreateIntegerInterval(v);
-    }
-    case NoxRealType: {
-        const double x = LowerReal();
-        if (NoxIsSingleRealNil(x))
-            return NoxInteger_Nil;
-        if (NoxIsSingleRealAny(x))
-            return NoxInteger_Any;
-        return NoxCreateIntegerInterval(NoxCreateRealInterval(x));
-    }
+    case NoxIntegerType:
+        return IntervalOfSingle(LowerInteger(), NoxInteger_Nil, NoxInteger_Any,
+                                [](int v) { return NoxCreateIntegerInterval(v); });
+    case NoxRealType:
+        return IntervalOfSingle(LowerReal(), NoxInteger_Nil, NoxInteger_Any, [](double x) {
+            return NoxCreateIntegerInterval(NoxCreateRealInterval(x));
+        });
     case NoxIntegerIntervalType:
         return IntegerSlot();
     case NoxRealIntervalType:
@@ -436,22 +470,13 @@ NoxRealInterval NoxValue::GetAsRealInterval() const {
     switch (type) {
     case NoxUndefinedType:
         return NoxReal_Any;
-    case NoxIntegerType: {
-        const int v = LowerInteger();
-        if (NoxIsSingleIntegerNil(v))
-            return NoxReal_Nil;
-        if (NoxIsSingleIntegerAny(v))
-            return NoxReal_Any;
-        return NoxCreateRealInterval(static_cast<double>(v));
-    }
-    case NoxRealType: {
-        const double x = LowerReal();
-        if (NoxIsSingleRealNil(x))
-            return NoxReal_Nil;
-        if (NoxIsSingleRealAny(x))
-            return NoxReal_Any;
-        return NoxCreateRealInterval(x);
-    }
+    case NoxIntegerType:
+        return IntervalOfSingle(LowerInteger(), NoxReal_Nil, NoxReal_Any, [](int v) {
+            return NoxCreateRealInterval(static_cast<double>(v));
+        });
+    case NoxRealType:
+        return IntervalOfSingle(LowerReal(), NoxReal_Nil, NoxReal_Any,
+                                [](double x) { return NoxCreateRealInterval(x); });
     case NoxIntegerIntervalType:
         return RealOfIntegers(IntegerSlot());
     case NoxRealIntervalType:
@@ -494,26 +519,12 @@ void NoxValue::GetAsIntegerEnum(NoxIntegerEnum &out) const {
     switch (type) {
     case NoxUndefinedType:
         break;
-    case NoxIntegerType: {
-        const int v = LowerInteger();
-        if (NoxIsSingleIntegerNil(v))
-            out.SetNil();
-        else if (NoxIsSingleIntegerAny(v))
-            out.SetAny();
-        else
-            SetSingleElementList(out, v);
+    case NoxIntegerType:
+        SetEnumOfSingle(out, LowerInteger(), [](int v) { return v; });
         break;
-    }
-    case NoxRealType: {
-        const double x = LowerReal();
-        if (NoxIsSingleRealNil(x))
-            out.SetNil();
-        else if (NoxIsSingleRealAny(x))
-            out.SetAny();
-        else
-            SetSingleElementList(out, RealToInteger(x));
+    case NoxRealType:
+        SetEnumOfSingle(out, LowerReal(), RealToInteger);
         break;
-    }
     case NoxIntegerIntervalType: {
         const NoxIntegerInterval r = IntegerSlot();
         if (NoxIsInfinite(r))
@@ -561,26 +572,12 @@ void NoxValue::GetAsRealEnum(NoxRealEnum &out) const {
     switch (type) {
     case NoxUndefinedType:
         break;
-    case NoxIntegerType: {
-        const int v = LowerInteger();
-        if (NoxIsSingleIntegerNil(v))
-            out.SetNil();
-        else if (NoxIsSingleIntegerAny(v))
-            out.SetAny();
-        else
-            SetSingleElementList(out, static_cast<double>(v));
+    case NoxIntegerType:
+        SetEnumOfSingle(out, LowerInteger(), [](int v) { return static_cast<double>(v); });
         break;
-    }
-    case NoxRealType: {
-        const double x = LowerReal();
-        if (NoxIsSingleRealNil(x))
-            out.SetNil();
-        else if (NoxIsSingleRealAny(x))
-            out.SetAny();
-        else
-            SetSingleElementList(out, x);
+    case NoxRealType:
+        SetEnumOfSingle(out, LowerReal(), [](double x) { return x; });
         break;
-    }
     case NoxIntegerIntervalType:
     case NoxIntegerEnumType: {
         NoxIntegerEnum integers(NoxEnumAny);
