@@ -72,18 +72,24 @@ void Label(benchmark::State &state, const Model &m) {
     state.SetItemsProcessed(state.iterations() * m.created);
 }
 
-// Real evaluation of the whole model after a reset: SetValue on a variable clears every
-// registered node's cache, then Eval recomputes each node once.
-void BM_ExpressionEval(benchmark::State &state) {
+// Asks the root of the shared model of the state's shape for a result after each reset:
+// SetValue on a variable clears every registered node's cache, so the root recomputes
+// each node once.
+template <class Ask> void AfterReset(benchmark::State &state, Ask ask) {
     Model &m = Shared(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
     NoxVariable *x = m.vars[0];
     double value = 0.25;
     for (auto _ : state) {
         value = -value;
         x->SetValue(NoxValue(value), nullptr);
-        benchmark::DoNotOptimize(m.root->Eval());
+        benchmark::DoNotOptimize(ask(*m.root));
     }
     Label(state, m);
+}
+
+// Real evaluation of the whole model after a reset.
+void BM_ExpressionEval(benchmark::State &state) {
+    AfterReset(state, [](NoxExpression &root) { return root.Eval(); });
 }
 
 // Value evaluation over intervals of width 0.2 of every variable, after a reset, with the
@@ -109,15 +115,7 @@ void BM_ExpressionIntervalValue(benchmark::State &state) {
 // The gradient over every variable after a reset: each node's gradient buffer holds one
 // entry per variable, so the work grows with nodes times variables.
 void BM_ExpressionGradient(benchmark::State &state) {
-    Model &m = Shared(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
-    NoxVariable *x = m.vars[0];
-    double value = 0.25;
-    for (auto _ : state) {
-        value = -value;
-        x->SetValue(NoxValue(value), nullptr);
-        benchmark::DoNotOptimize(m.root->GetGradient());
-    }
-    Label(state, m);
+    AfterReset(state, [](NoxExpression &root) { return root.GetGradient(); });
 }
 
 // Symbolic differentiation with respect to one variable (a different one each iteration).
