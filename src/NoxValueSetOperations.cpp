@@ -268,33 +268,44 @@ bool RealsClose(const NoxValue &a, const NoxValue &b, double tol) {
     return std::fabs(a.GetAsReal() - b.GetAsReal()) < tol;
 }
 
-// The intersection r of a and b in r's kind. Returns false when a single kind finds the
-// operands equal, so that a stays as it is.
-bool IntersectInKind(const NoxEnvironment &env, NoxValue &r, const NoxValue &a,
-                     const NoxValue &b, double tol) {
+// What the intersection or the union does in each kind: the marker that two different
+// single values give, the interval operations and the boolean table.
+struct SetOperation {
+    const int *integerMarker; // read when used: the host may change the markers
+    const double *realMarker;
+    NoxIntegerInterval (*integers)(const NoxIntegerInterval &, const NoxIntegerInterval &);
+    NoxRealInterval (*reals)(const NoxRealInterval &, const NoxRealInterval &, double);
+    const NoxBoolean (&table)[4][4];
+};
+
+// The intersection or union r of a and b in r's kind, `EnumOp` combining enumerations.
+// Returns false when a single kind finds the operands equal, so that a stays as it is.
+template <class EnumOp>
+bool CombineInKind(const NoxEnvironment &env, NoxValue &r, const NoxValue &a, const NoxValue &b,
+                   double tol, const SetOperation &op) {
     switch (r.GetType()) {
     case NoxIntegerType:
         if (a.GetAsInteger() == b.GetAsInteger())
             return false;
-        r.Set(NoxSingleInteger_Nil);
+        r.Set(*op.integerMarker);
         return true;
     case NoxRealType:
         if (RealsClose(a, b, tol))
             return false;
-        r.Set(NoxSingleReal_Nil);
+        r.Set(*op.realMarker);
         return true;
     case NoxIntegerIntervalType:
-        r.Set(NoxIntersect(a.GetAsIntegerInterval(), b.GetAsIntegerInterval()));
+        r.Set(op.integers(a.GetAsIntegerInterval(), b.GetAsIntegerInterval()));
         return true;
     case NoxRealIntervalType:
-        r.Set(NoxIntersect(a.GetAsRealInterval(), b.GetAsRealInterval(), tol));
+        r.Set(op.reals(a.GetAsRealInterval(), b.GetAsRealInterval(), tol));
         return true;
     case NoxIntegerEnumType:
     case NoxRealEnumType:
-        CombineEnumerations(env, r, a, b, tol, EnumIntersection());
+        CombineEnumerations(env, r, a, b, tol, EnumOp());
         return true;
     case NoxBooleanType:
-        r.Set(LookUp(kIntersectionTable, a.GetAsBoolean(), b.GetAsBoolean()));
+        r.Set(LookUp(op.table, a.GetAsBoolean(), b.GetAsBoolean()));
         return true;
     default:
         env.SetError(NoxErrorBadOperandType);
@@ -302,39 +313,22 @@ bool IntersectInKind(const NoxEnvironment &env, NoxValue &r, const NoxValue &a,
     }
 }
 
-// The union r of a and b in r's kind. Returns false when a single kind finds the
-// operands equal, so that a stays as it is; two different single values give the any
+// The intersection r of a and b in r's kind; two different single values give the nil
 // marker of their kind.
+bool IntersectInKind(const NoxEnvironment &env, NoxValue &r, const NoxValue &a,
+                     const NoxValue &b, double tol) {
+    const SetOperation op{&NoxSingleInteger_Nil, &NoxSingleReal_Nil, NoxIntersect, NoxIntersect,
+                          kIntersectionTable};
+    return CombineInKind<EnumIntersection>(env, r, a, b, tol, op);
+}
+
+// The union r of a and b in r's kind; two different single values give the any marker
+// of their kind.
 bool UniteInKind(const NoxEnvironment &env, NoxValue &r, const NoxValue &a, const NoxValue &b,
                  double tol) {
-    switch (r.GetType()) {
-    case NoxIntegerType:
-        if (a.GetAsInteger() == b.GetAsInteger())
-            return false;
-        r.Set(NoxSingleInteger_Any);
-        return true;
-    case NoxRealType:
-        if (RealsClose(a, b, tol))
-            return false;
-        r.Set(NoxSingleReal_Any);
-        return true;
-    case NoxIntegerIntervalType:
-        r.Set(NoxUnite(a.GetAsIntegerInterval(), b.GetAsIntegerInterval()));
-        return true;
-    case NoxRealIntervalType:
-        r.Set(NoxUnite(a.GetAsRealInterval(), b.GetAsRealInterval(), tol));
-        return true;
-    case NoxIntegerEnumType:
-    case NoxRealEnumType:
-        CombineEnumerations(env, r, a, b, tol, EnumUnion());
-        return true;
-    case NoxBooleanType:
-        r.Set(LookUp(kUnionTable, a.GetAsBoolean(), b.GetAsBoolean()));
-        return true;
-    default:
-        env.SetError(NoxErrorBadOperandType);
-        return true;
-    }
+    const SetOperation op{&NoxSingleInteger_Any, &NoxSingleReal_Any, NoxUnite, NoxUnite,
+                          kUnionTable};
+    return CombineInKind<EnumUnion>(env, r, a, b, tol, op);
 }
 
 // ---- Exclusion of a single value, by a's own kind ----
