@@ -27,55 +27,6 @@ constexpr double kSentinel = -123.25;
 using Matrix = std::vector<std::vector<double>>;
 using ValueFunction = NoxValue (*)(const NoxEnvironment &, const NoxValue &, const NoxValue &);
 
-/// A leaf with a fixed real value, value, gradient and Hessian, which counts how often
-/// each is computed.
-class StubNode : public NoxExpression {
-public:
-    StubNode(NoxFactory *owner, double r, std::vector<double> g, Matrix h, NoxValue v)
-        : NoxExpression(owner), real(r), gradient(std::move(g)), hessian(std::move(h)),
-          value(std::move(v)) {
-        type = NoxBlackBoxExpr;
-    }
-    int GetNbOfChildren() const override { return 0; }
-    NoxExpression *GetChild(int) override { return nullptr; }
-    const NoxExpression *GetChild(int) const override { return nullptr; }
-    NoxExpression *Differentiate(NoxVariable *) override { return nullptr; }
-    void FillPresentVariables(unsigned char *) const override {}
-
-    int realCalls = 0;
-    int valueCalls = 0;
-    int gradientCalls = 0;
-    int hessianCalls = 0;
-
-protected:
-    double DoEval() override {
-        ++realCalls;
-        return real;
-    }
-    void DoEval(NoxValue &result) override {
-        ++valueCalls;
-        result = value;
-    }
-    void DoEvalGradient(double *g) override {
-        ++gradientCalls;
-        for (int k = 0; k < GetNbOfVariables(); ++k)
-            g[k] = k < static_cast<int>(gradient.size()) ? gradient[k] : 0.0;
-    }
-    void DoEvalHessian(double **h) override {
-        ++hessianCalls;
-        const int n = GetNbOfVariables();
-        for (int r = 0; r < n; ++r)
-            for (int c = 0; c < n; ++c)
-                h[r][c] = r < static_cast<int>(hessian.size()) ? hessian[r][c] : 0.0;
-    }
-
-private:
-    double real;
-    std::vector<double> gradient;
-    Matrix hessian;
-    NoxValue value;
-};
-
 /// The protected bodies, called directly.
 class ExposedAlgebraic : public NoxAlgebraicOperator {
 public:

@@ -77,6 +77,67 @@ public:
     }
 };
 
+/// A leaf with a fixed real value, value, gradient and Hessian, which counts how often
+/// each is computed and, given a log, appends its id to it on every real or value
+/// evaluation.
+class StubNode : public NoxExpression {
+public:
+    using Matrix = std::vector<std::vector<double>>;
+
+    StubNode(NoxFactory *owner, double r, std::vector<double> g, Matrix h, NoxValue v)
+        : StubNode(owner, 0, nullptr, r, std::move(g), std::move(h), std::move(v)) {}
+    StubNode(NoxFactory *owner, int ident, std::vector<int> *sink, double r,
+             std::vector<double> g, Matrix h, NoxValue v)
+        : NoxExpression(owner), id(ident), log(sink), real(r), gradient(std::move(g)),
+          hessian(std::move(h)), value(std::move(v)) {
+        type = NoxBlackBoxExpr;
+    }
+    int GetNbOfChildren() const override { return 0; }
+    NoxExpression *GetChild(int) override { return nullptr; }
+    const NoxExpression *GetChild(int) const override { return nullptr; }
+    NoxExpression *Differentiate(NoxVariable *) override { return nullptr; }
+    void FillPresentVariables(unsigned char *) const override {}
+
+    int realCalls = 0;
+    int valueCalls = 0;
+    int gradientCalls = 0;
+    int hessianCalls = 0;
+
+protected:
+    double DoEval() override {
+        ++realCalls;
+        if (log)
+            log->push_back(id);
+        return real;
+    }
+    void DoEval(NoxValue &result) override {
+        ++valueCalls;
+        if (log)
+            log->push_back(id);
+        result = value;
+    }
+    void DoEvalGradient(double *g) override {
+        ++gradientCalls;
+        for (int k = 0; k < GetNbOfVariables(); ++k)
+            g[k] = k < static_cast<int>(gradient.size()) ? gradient[k] : 0.0;
+    }
+    void DoEvalHessian(double **h) override {
+        ++hessianCalls;
+        const int n = GetNbOfVariables();
+        for (int r = 0; r < n; ++r)
+            for (int c = 0; c < n; ++c)
+                h[r][c] = r < static_cast<int>(hessian.size()) ? hessian[r][c] : 0.0;
+    }
+
+private:
+    int id;
+    std::vector<int> *log;
+    double real;
+    std::vector<double> gradient;
+    Matrix hessian;
+    NoxValue value;
+};
+
 /// Sets a variable to a real value, refreshing every registered expression.
 inline void SetReal(NoxVariable *x, double v) { x->SetValue(NoxValue(v), nullptr); }
 
