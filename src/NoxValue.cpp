@@ -40,6 +40,14 @@ template <class Enum> void EmptyKeepingRep(Enum &e) {
     }
 }
 
+// An undefined value takes the kind `kind`; true when the value then is of that kind, so
+// that a setter of that kind may write.
+bool TakeKind(NoxValueType &current, NoxValueType kind) {
+    if (current == NoxUndefinedType)
+        current = kind;
+    return current == kind;
+}
+
 // Makes `e` the one-element list {v}. When the array cannot be had the enumeration is a
 // list without elements.
 template <class Enum, class T> void SetSingleElementList(Enum &e, T v) {
@@ -307,51 +315,37 @@ void NoxValue::Set(double v) {
 }
 
 void NoxValue::Set(const NoxIntegerInterval &r) {
-    if (type == NoxUndefinedType)
-        type = NoxIntegerIntervalType;
-    if (type == NoxIntegerIntervalType)
+    if (TakeKind(type, NoxIntegerIntervalType))
         SetIntegerSlot(r);
 }
 
 void NoxValue::Set(const NoxRealInterval &r) {
-    if (type == NoxUndefinedType)
-        type = NoxRealIntervalType;
-    if (type == NoxRealIntervalType)
+    if (TakeKind(type, NoxRealIntervalType))
         SetRealSlot(r);
 }
 
 void NoxValue::Set(const NoxIntegerEnum &e) {
-    if (type == NoxUndefinedType)
-        type = NoxIntegerEnumType;
-    if (type == NoxIntegerEnumType)
+    if (TakeKind(type, NoxIntegerEnumType))
         integerEnum = e;
 }
 
 void NoxValue::Set(const NoxRealEnum &e) {
-    if (type == NoxUndefinedType)
-        type = NoxRealEnumType;
-    if (type == NoxRealEnumType)
+    if (TakeKind(type, NoxRealEnumType))
         realEnum = e;
 }
 
 void NoxValue::Set(int n, const int *values) {
-    if (type == NoxUndefinedType)
-        type = NoxIntegerEnumType;
-    if (type == NoxIntegerEnumType)
+    if (TakeKind(type, NoxIntegerEnumType))
         SetList(integerEnum, n, values);
 }
 
 void NoxValue::Set(int n, const double *values) {
-    if (type == NoxUndefinedType)
-        type = NoxRealEnumType;
-    if (type == NoxRealEnumType)
+    if (TakeKind(type, NoxRealEnumType))
         SetList(realEnum, n, values);
 }
 
 void NoxValue::Set(NoxBoolean b) {
-    if (type == NoxUndefinedType)
-        type = NoxBooleanType;
-    if (type == NoxBooleanType)
+    if (TakeKind(type, NoxBooleanType))
         SetLowerInteger(b);
 }
 
